@@ -1,0 +1,235 @@
+#include "vorund/watershed_segmenter.h"
+
+#include <opencv2/imgproc.hpp>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "internal/require.h"
+#include "internal/watershed_queue.h"
+#include "vorund/image_utils.h"
+
+namespace vorund {
+namespace {
+
+using internal::require;
+
+/// The four images of one scale, in the order in which they come about.
+struct SeedSteps {
+    cv::Mat blurred;
+    cv::Mat inverted;
+    cv::Mat components;
+    cv::Mat marked;
+};
+
+void putCaption(cv::Mat& panel, const std::string& text, const cv::Point& quadrant, int grey) {
+    cv::putText(panel, text, quadrant + cv::Point(10, 20), cv::FONT_HERSHEY_SIMPLEX, 0.5,
+                cv::Scalar(grey), 1, cv::LINE_8, false);
+}
+
+/// The four steps side by side, two by two.
+cv::Mat drawSeedSteps(const SeedSteps& steps, double sigma) {
+    const int cols = steps.marked.cols;
+    const int rows = steps.marked.rows;
+    cv::Mat panel = cv::Mat::zeros(2 * rows, 2 * cols, CV_8UC1);
+    const auto draw = [&](const cv::Mat& image, double scale, const cv::Point& quadrant) {
+        cv::Mat part = panel(cv::Rect(quadrant, cv::Size(cols, rows)));
+        image.convertTo(part, CV_8U, scale);
+    };
+    const cv::Point top_left(0, 0);
+    const cv::Point top_right(cols, 0);
+    const cv::Point bottom_left(0, rows);
+    const cv::Point bottom_right(cols, rows);
+    draw(steps.blurred, 255.0, top_left);
+    draw(steps.inverted, 1.0, top_right);
+    draw(steps.components, 32.0, bottom_left);
+    draw(steps.marked, 32.0, bottom_right);
+    putCaption(panel, "1. Gaussian Blur sigma=" + std::to_string(sigma), top_left, 0);
+    putCaption(panel, "2. Binary Threshold", top_right, 255);
+    putCaption(panel, "3. Connected Components (x32)", bottom_left, 255);
+    putCaption(panel, "4. Background Marked (x32)", bottom_right, 0);
+    return panel;
+}
+
+/// Neighbours as steps of the flattened index, in the order in which they are queued.
+std::vector<std::int64_t> neighbourOffsets(int connectivity, std::int64_t cols) {
+    if (connectivity == 4) return {-cols, -1, 1, cols};
+    if (connectivity == 8) {
+        return {-cols - 1, -cols, -cols + 1, -1, 1, cols - 1, cols, cols + 1};
+    }
+    throw std::runtime_error("executeSkimageWatershed: Connectivity must be 4 or 8.");
+}
+
+/// 1 where the flood may go: everywhere but on the outermost frame of pixels.
+cv::Mat floodMask(const cv::Size& size) {
+    cv::Mat mask = cv::Mat::zeros(size, CV_8UC1);
+    if (size.width > 2 && size.height > 2) {
+        mask(cv::Rect(1, 1, size.width - 2, size.height - 2)) = 1;
+    }
+    return mask;
+}
+
+/// One flooding; pixels are addressed by their flattened index.
+class Flood {
+ public:
+    Flood(const cv::Mat& image, const cv::Mat& markers, int connectivity, bool watershed_line) {
+        image.convertTo(cost_, CV_64F);
+        offsets_ = neighbourOffsets(connectivity, image.cols);
+        output_ = markers.clone();
+        mask_ = floodMask(image.size());
+        costs_ = cost_.ptr<double>();
+        labels_ = output_.ptr<std::int32_t>();
+        open_ = mask_.ptr<std::uint8_t>();
+        pixel_count_ = static_cast<std::int64_t>(output_.total());
+        watershed_line_ = watershed_line;
+        hand_on_once_ = watershed_line && connectivity == 8;
+    }
+
+    cv::Mat run() {
+        queueSeeds();
+        while (!queue_.empty()) {
+            const WatershedQueueItem item = queue_.pop();
+            if (watershed_line_ && !settle(item)) continue;
+            queueNeighbours(item);
+        }
+        return output_;
+    }
+
+ private:
+    void queueSeeds() {
+        for (std::int64_t index = 0; index < pixel_count_; ++index) {
+            if (labels_[index] > 0) queue_.push({costs_[index], 0, index, index});
+        }
+    }
+
+    bool inside(std::int64_t index) const { return index >= 0 && index < pixel_count_; }
+
+    bool touchesAnotherLabel(std::int64_t index, std::int32_t label) const {
+        for (const std::int64_t offset : offsets_) {
+            const std::int64_t neighbour = index + offset;
+            if (!inside(neighbour) || open_[neighbour] != 1) continue;
+            if (labels_[neighbour] > 0 && labels_[neighbour] != label) return true;
+        }
+        return false;
+    }
+
+    /// Line mode: labels the item's pixel, or makes it part of a line. False if the item is to be
+    /// dropped.
+    bool settle(const WatershedQueueItem& item) {
+        if (labels_[item.index] > 0 && item.index != item.source) return false;
+        const std::int32_t label = labels_[item.source];
+        if (open_[item.index] != 0) {
+            if (!touchesAnotherLabel(item.index, label)) {
+                labels_[item.index] = label;
+                return true;
+            }
+            open_[item.index] = 0;
+        }
+        // A line pixel hands its label on. With 8 neighbours lines lie side by side and would hand
+        // labels to and fro, ever more often; once per label is enough and bounds the queue.
+        return !hand_on_once_ || handed_on_.emplace(item.index, label).second;
+    }
+
+    void queueNeighbours(const WatershedQueueItem& item) {
+        for (const std::int64_t offset : offsets_) {
+            const std::int64_t neighbour = item.index + offset;
+            if (!inside(neighbour) || open_[neighbour] == 0 || labels_[neighbour] > 0) continue;
+            // The flood level never goes down along a path.
+            const double cost = costs_[neighbour];
+            const double level = cost < item.value ? item.value : cost;
+            if (!watershed_line_) labels_[neighbour] = labels_[item.index];
+            queue_.push({level, age_, neighbour, item.source});
+            ++age_;
+        }
+    }
+
+    cv::Mat cost_;
+    cv::Mat output_;
+    cv::Mat mask_;
+    const double* costs_ = nullptr;
+    std::int32_t* labels_ = nullptr;
+    std::uint8_t* open_ = nullptr;
+    std::int64_t pixel_count_ = 0;
+    std::vector<std::int64_t> offsets_;
+    bool watershed_line_ = false;
+    bool hand_on_once_ = false;
+    std::set<std::pair<std::int64_t, std::int32_t>> handed_on_;
+    internal::WatershedQueue queue_;
+    std::int32_t age_ = 1;
+};
+
+void swapBackgroundAndLines(cv::Mat& labels) {
+    for (int row = 0; row < labels.rows; ++row) {
+        std::int32_t* const label = labels.ptr<std::int32_t>(row);
+        for (int col = 0; col < labels.cols; ++col) {
+            if (label[col] == 0) {
+                label[col] = 255;
+            } else if (label[col] == 255) {
+                label[col] = 0;
+            }
+        }
+    }
+}
+
+}  // namespace
+
+GaussianSeedsResult WatershedSegmenter::generateGaussianSeedsSkimage(
+    const cv::Mat& image, const cv::Mat& mask, double sigma,
+    const Config::GenerateGaussianSeedsSkimageConfig& config, std::shared_ptr<Debugger> debugger) {
+    SeedSteps steps;
+    // Isolated: the pixels around a view of a larger image lie beyond the map's edge.
+    cv::GaussianBlur(image, steps.blurred, cv::Size(0, 0), sigma, 0.0,
+                     cv::BORDER_REPLICATE | cv::BORDER_ISOLATED);
+    ImageUtils::makeBinary(steps.blurred, config.threshold, 1.0)
+        .convertTo(steps.inverted, CV_8U, 255.0);
+    steps.inverted = cv::Scalar(255) - steps.inverted;
+    const int ncc = cv::connectedComponents(steps.inverted, steps.components, 4, CV_32S) - 1;
+    // Saturates: seeds from the 255th on become background, which later stages count on.
+    steps.components.convertTo(steps.marked, CV_8U);
+    for (int row = 0; row < steps.marked.rows; ++row) {
+        const std::uint8_t* const background = mask.ptr<std::uint8_t>(row);
+        std::uint8_t* const label = steps.marked.ptr<std::uint8_t>(row);
+        for (int col = 0; col < steps.marked.cols; ++col) {
+            if (background[col] != 0) label[col] = 255;
+        }
+    }
+
+    const cv::Mat panel = drawSeedSteps(steps, sigma);
+    if (debugger) {
+        debugger->write("40cpp_gaussian_seeds_sigma_" + std::to_string(sigma) + ".png", panel,
+                        false);
+    }
+    return {steps.marked, ncc};
+}
+
+cv::Mat WatershedSegmenter::executeSkimageWatershed(const cv::Mat& image, cv::Mat& markers,
+                                                    int connectivity, bool watershed_line) {
+    return Flood(image, markers, connectivity, watershed_line).run();
+}
+
+cv::Mat WatershedSegmenter::createWatershedSegmentSkimage(
+    const cv::Mat& src_image, cv::Mat& markers,
+    const Config::CreateWatershedSegmentSkimageConfig& config) {
+    require(!src_image.empty() && !markers.empty(),
+            "createWatershedSegmentSkimage: Input images are empty.");
+    require(src_image.size() == markers.size(),
+            "createWatershedSegmentSkimage: Image and markers must have same size.");
+    require(src_image.type() == CV_32FC1 && markers.type() == CV_32SC1,
+            "createWatershedSegmentSkimage: Unsupported src_image or markers format. Expected "
+            "CV_32FC1 or CV_32S.");
+
+    cv::Mat labels = executeSkimageWatershed(src_image, markers, config.connectivity, true);
+    swapBackgroundAndLines(labels);
+    double smallest = 0.0;
+    double largest = 0.0;
+    cv::minMaxLoc(labels, &smallest, &largest);
+    require(smallest >= 0.0 && largest <= 255.0,
+            "createWatershedSegmentSkimage: Label values exceed uint8 range.");
+    cv::Mat bytes;
+    labels.convertTo(bytes, CV_8U);
+    return bytes;
+}
+
+}  // namespace vorund
