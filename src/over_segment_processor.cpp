@@ -1,0 +1,267 @@
+#include "vorund/over_segment_processor.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <opencv2/imgproc.hpp>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+
+#include "internal/plain_output.h"
+#include "internal/require.h"
+#include "over_segment_pictures.h"
+
+namespace vorund {
+namespace {
+
+using internal::require;
+
+constexpr int kByteValues = 256;
+constexpr int kAmbiguous = 255;   // Global label of a region that several coarser ones run into.
+constexpr int kBackground = 255;  // Marker of what is no seed.
+
+using LabelMap = std::map<int, int>;
+
+std::set<int> valuesOf(const cv::Mat& image) {
+    std::array<bool, kByteValues> seen{};
+    for (int row = 0; row < image.rows; ++row) {
+        const std::uint8_t* const pixels = image.ptr<std::uint8_t>(row);
+        for (int col = 0; col < image.cols; ++col) seen[pixels[col]] = true;
+    }
+    std::set<int> values;
+    for (int value = 0; value < kByteValues; ++value) {
+        if (seen[static_cast<std::size_t>(value)]) values.insert(value);
+    }
+    return values;
+}
+
+/// The local labels of a seed map, ascending: its values without 0 and the largest one.
+std::vector<int> labelsOf(const cv::Mat& image) {
+    std::set<int> values = valuesOf(image);
+    values.erase(0);
+    // The largest stands for the background and goes even where the map has none.
+    if (!values.empty()) values.erase(std::prev(values.end()));
+    return {values.begin(), values.end()};
+}
+
+/// For every value of the coarser map, what lies under the first of its pixels that is not over a
+/// zero of the finer one; 0 if there is none.
+std::array<int, kByteValues> valuesUnderFirstPixels(const cv::Mat& coarser, const cv::Mat& finer) {
+    std::array<int, kByteValues> under{};
+    for (int row = 0; row < coarser.rows; ++row) {
+        const std::uint8_t* const above = coarser.ptr<std::uint8_t>(row);
+        const std::uint8_t* const below = finer.ptr<std::uint8_t>(row);
+        for (int col = 0; col < coarser.cols; ++col) {
+            int& value = under[above[col]];
+            if (value == 0) value = below[col];
+        }
+    }
+    return under;
+}
+
+/// For every label of the finer map, the labels of the coarser one that run into it.
+std::map<int, std::vector<int>> findParents(const cv::Mat& coarser,
+                                            const std::vector<int>& coarser_labels,
+                                            const cv::Mat& finer) {
+    const std::array<int, kByteValues> under = valuesUnderFirstPixels(coarser, finer);
+    std::map<int, std::vector<int>> parents;
+    for (const int label : coarser_labels) {
+        const int child = under[static_cast<std::size_t>(label)];
+        require(child != 0, "findConsistentGlobalLabels: new_m == 0");
+        parents[child].push_back(label);
+    }
+    return parents;
+}
+
+LabelMap globalLabels(const std::vector<int>& labels,
+                      const std::map<int, std::vector<int>>& parents,
+                      const LabelMap& global_of_parent, int& counter) {
+    LabelMap global;
+    for (const int label : labels) {
+        const auto found = parents.find(label);
+        if (found == parents.end()) {
+            global[label] = ++counter;
+        } else if (found->second.size() > 1) {
+            global[label] = kAmbiguous;
+        } else {
+            const auto inherited = global_of_parent.find(found->second.front());
+            require(inherited != global_of_parent.end(),
+                    "findConsistentGlobalLabels: prev label have no global label");
+            global[label] = inherited->second;
+        }
+    }
+    return global;
+}
+
+void printMappers(const std::vector<LabelMap>& mappers) {
+    std::ostringstream text;
+    text << "Debug: mappers contents:\n";
+    for (std::size_t i = 0; i < mappers.size(); ++i) {
+        text << "  mapper[" << i << "]:\n";
+        for (const auto& [local, global] : mappers[i]) {
+            text << "    local_label " << local << " -> global_label " << global << '\n';
+        }
+    }
+    internal::printPlain(text.str());
+}
+
+int weightOf(const std::map<std::string, int>& weights, const char* name) {
+    const auto found = weights.find(name);
+    return found == weights.end() ? 1 : found->second;
+}
+
+/// In 64 bits, since weights may be any integers.
+std::int64_t weightedScale(std::int64_t start, std::int64_t end,
+                           const std::map<std::string, int>& weights) {
+    std::int64_t weight_of_start = weightOf(weights, "start");
+    const std::int64_t weight_of_end = weightOf(weights, "end");
+    if (weight_of_start + weight_of_end == 0) weight_of_start = 1;
+    const std::int64_t sum = weight_of_start + weight_of_end;
+    return sum == 0 ? 0 : (start * weight_of_start + end * weight_of_end) / sum;
+}
+
+std::int64_t chosenScale(const std::pair<int, int>& lifespan,
+                         const Config::GenerateMapInitialSeedsConfig& config) {
+    const auto [start, end] = lifespan;
+    if (config.method == "start") return start;
+    if (config.method == "end") return end;
+    if (config.method == "middle") return (std::int64_t{start} + end) / 2;
+    if (config.method == "weighted") return weightedScale(start, end, config.weights);
+    throw std::runtime_error("generateMapInitialSeeds: Unknown method: " + config.method);
+}
+
+/// The smallest local label with that global label, or -1.
+int localLabelOf(const LabelMap& mapper, int global) {
+    for (const auto& [local, its_global] : mapper) {
+        if (its_global == global) return local;
+    }
+    return -1;
+}
+
+cv::Mat seedMask(const cv::Mat& seed_map, int local) {
+    cv::Mat mask = cv::Mat::zeros(seed_map.size(), CV_8UC1);
+    mask.setTo(1, seed_map == local);
+    return mask;
+}
+
+void superposeSeed(cv::Mat& markers, const cv::Mat& mask, int global) {
+    for (int row = 0; row < markers.rows; ++row) {
+        const std::uint8_t* const seed = mask.ptr<std::uint8_t>(row);
+        std::int32_t* const marker = markers.ptr<std::int32_t>(row);
+        for (int col = 0; col < markers.cols; ++col) {
+            if (seed[col] != 1) continue;
+            marker[col] = marker[col] == 0 ? global : std::min(marker[col], global);
+        }
+    }
+}
+
+void markBackground(cv::Mat& markers, const cv::Mat& finest_seed_map) {
+    for (int row = 0; row < markers.rows; ++row) {
+        const std::uint8_t* const seed = finest_seed_map.ptr<std::uint8_t>(row);
+        std::int32_t* const marker = markers.ptr<std::int32_t>(row);
+        for (int col = 0; col < markers.cols; ++col) {
+            if (seed[col] == 0 && marker[col] == 0) marker[col] = kBackground;
+        }
+    }
+}
+
+void writePicture(const std::shared_ptr<Debugger>& debugger, const std::string& name,
+                  const cv::Mat& picture) {
+    if (debugger) debugger->write(name, picture, false);
+}
+
+}  // namespace
+
+std::vector<LabelMap> OverSegmentProcessor::findConsistentGlobalLabels(
+    const std::vector<double>& sigmas, const std::vector<cv::Mat>& labels_map_list_in,
+    std::shared_ptr<Debugger> debugger) {
+    const std::size_t count = labels_map_list_in.size();
+    require(count > 0 && sigmas.size() == count,
+            "findConsistentGlobalLabels: Input lists are empty or have mismatched sizes.");
+    require(count != 1, "findConsistentGlobalLabels: labels_map_list_in.size() == 1");
+    require(valuesOf(labels_map_list_in.back()).size() <= 2,
+            "findConsistentGlobalLabels: last_frame_labels.size() > 2");
+
+    std::vector<LabelMap> mappers(count);
+    // The coarsest map has no labels to hand on: those of the next one all start anew.
+    std::vector<int> coarser_labels;
+    int counter = 0;
+    for (std::size_t i = count - 1; i-- > 0;) {
+        const cv::Mat& finer = labels_map_list_in[i];
+        const std::vector<int> labels = labelsOf(finer);
+        const auto parents = findParents(labels_map_list_in[i + 1], coarser_labels, finer);
+        mappers[i] = globalLabels(labels, parents, mappers[i + 1], counter);
+        if (!mappers[i].empty()) {
+            writePicture(debugger,
+                         "50cpp_local_global_label_sigma_" + std::to_string(sigmas[i]) + ".png",
+                         internal::drawLocalAndGlobalLabels(finer, mappers[i]));
+        }
+        coarser_labels = labels;
+    }
+    printMappers(mappers);
+    return mappers;
+}
+
+std::map<int, std::pair<int, int>> OverSegmentProcessor::findLifespans(
+    const std::vector<LabelMap>& mappers, std::shared_ptr<Debugger> debugger) {
+    require(!mappers.empty(), "findLifespans: mappers is empty");
+    std::map<int, std::pair<int, int>> lifespans;
+    for (int i = static_cast<int>(mappers.size()) - 1; i >= 0; --i) {
+        for (const auto& [local, global] : mappers[static_cast<std::size_t>(i)]) {
+            if (global == kAmbiguous) continue;
+            const auto lifespan = lifespans.emplace(global, std::make_pair(i, i)).first;
+            lifespan->second.first = i;
+        }
+    }
+    if (lifespans.empty()) return lifespans;
+    writePicture(debugger, "51cpp_lifespans_visualization.png",
+                 internal::drawLifespans(lifespans, static_cast<int>(mappers.size())));
+    return lifespans;
+}
+
+std::map<int, cv::Mat> OverSegmentProcessor::generateMapInitialSeeds(
+    const std::map<int, std::pair<int, int>>& lifespans, const std::vector<LabelMap>& mappers,
+    const std::vector<cv::Mat>& labels_map_list_in,
+    const Config::GenerateMapInitialSeedsConfig& config, std::shared_ptr<Debugger> debugger) {
+    std::map<int, cv::Mat> seeds;
+    if (labels_map_list_in.empty() || mappers.empty()) return seeds;
+
+    const std::int64_t last_scale = static_cast<std::int64_t>(mappers.size()) - 1;
+    for (const auto& [global, lifespan] : lifespans) {
+        if (lifespan.second - lifespan.first < config.filter_threshold) continue;
+        const auto scale = static_cast<std::size_t>(
+            std::clamp(chosenScale(lifespan, config), std::int64_t{0}, last_scale));
+        const int local = localLabelOf(mappers[scale], global);
+        if (local == -1) continue;
+        seeds[global] = seedMask(labels_map_list_in.at(scale), local);
+    }
+
+    if (seeds.empty()) return seeds;
+    writePicture(debugger, "52cpp_map_initial_seeds_visualization.png",
+                 internal::drawSeedOverview(seeds, labels_map_list_in.front().size()));
+    for (const auto& [global, mask] : seeds) {
+        writePicture(debugger, "52cpp_seed_label_" + std::to_string(global) + ".png", mask);
+    }
+    return seeds;
+}
+
+cv::Mat OverSegmentProcessor::superposeMapInitialSeeds(
+    const std::map<int, cv::Mat>& map_initial_seeds, const std::vector<cv::Mat>& labels_map_list_in,
+    std::shared_ptr<Debugger> debugger) {
+    require(!labels_map_list_in.empty(), "superposeMapInitialSeeds: labels_map_list_in is empty.");
+    const cv::Mat& finest = labels_map_list_in.front();
+    cv::Mat markers = cv::Mat::zeros(finest.size(), CV_32SC1);
+    for (const auto& [global, mask] : map_initial_seeds) {
+        if (global != kBackground) superposeSeed(markers, mask, global);
+    }
+    markBackground(markers, finest);
+
+    writePicture(debugger, "53cpp_superposed_seeds_visualization.png",
+                 internal::drawMarkers(markers));
+    writePicture(debugger, "53cpp_superposed_seeds_stats.png", internal::drawMarkerCounts(markers));
+    writePicture(debugger, "53cpp_superposed_seeds_raw.png", markers);
+    return markers;
+}
+
+}  // namespace vorund
