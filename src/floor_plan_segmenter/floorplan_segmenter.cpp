@@ -1,0 +1,131 @@
+#include "vorund/floorplan_segmenter.h"
+
+#include <set>
+
+#include "floor_plan_segmenter/observation.h"
+#include "internal/console.h"
+#include "internal/require.h"
+#include "vorund/ridge_filter.h"
+#include "vorund/watershed_segmenter.h"
+
+namespace vorund {
+namespace {
+
+constexpr int kUnreached = 255;       // In label images: no room reached the pixel.
+constexpr int kBackgroundSeed = 255;  // In seeds: the basin of walls and outside.
+
+void tellOfAlignment(bool wanted) {
+    if (wanted) {
+        internal::consoleLine(LogLevel::WARN, "Map alignment is configured but not implemented.");
+    } else {
+        internal::consoleLine(LogLevel::INFO, "Map alignment is skipped.");
+    }
+}
+
+void swapBackgroundAndUnreached(cv::Mat& labels) {
+    for (int row = 0; row < labels.rows; ++row) {
+        std::uint8_t* const label = labels.ptr<std::uint8_t>(row);
+        for (int col = 0; col < labels.cols; ++col) {
+            if (label[col] == 0 || label[col] == 255) {
+                label[col] = static_cast<std::uint8_t>(255 - label[col]);
+            }
+        }
+    }
+}
+
+std::size_t countRooms(const cv::Mat& labels) {
+    std::set<int> rooms;
+    for (int row = 0; row < labels.rows; ++row) {
+        const std::uint8_t* const label = labels.ptr<std::uint8_t>(row);
+        rooms.insert(label, label + labels.cols);
+    }
+    rooms.erase(0);
+    rooms.erase(kUnreached);
+    return rooms.size();
+}
+
+}  // namespace
+
+FloorplanSegmenter::FloorplanSegmenter(const Config& config, std::shared_ptr<Debugger> debugger)
+    : config_(config), debugger_(std::move(debugger)) {
+    internal::require(debugger_ != nullptr, "FloorplanSegmenter: debugger cannot be null");
+}
+
+cv::Mat FloorplanSegmenter::doSegment(const cv::Mat& raw_image) {
+    return doSegment(raw_image, StageObserver());
+}
+
+cv::Mat FloorplanSegmenter::doSegment(const cv::Mat& raw_image, const StageObserver& observer) {
+    const auto begin = [&](const char* stage, int steps = 1) {
+        internal::observe(observer, stage, 0, steps);
+    };
+    const cv::Mat working = raw_image.clone();
+    debugger_->logInfo("Starting floor plan segmentation");
+    tellOfAlignment(config_.alignment);
+
+    begin(kStageDenoise);
+    const auto [denoised, crop] = generateDenoisedAlone(working, config_.generate_denoised_alone);
+
+    begin(kStageDilate);
+    const cv::Mat dilated = ImageUtils::dilateBinary(denoised, config_.dilate_binary.kernel_size,
+                                                     config_.dilate_binary.iterations);
+    debugger_->logInfo("Generated denoised rank map and crop info");
+    showStage("20cpp_binary_dilated", dilated);
+
+    begin(kStageRidges);
+    const cv::Mat ridges =
+        RidgeFilter::generateRidgeMapMeijering(denoised, config_.generate_ridge_map_meijering);
+    const cv::Mat boundary = RidgeFilter::generateBoundaryFromDilated(denoised);
+    showStage("30cpp_ridges", ridges);
+    showStage("31cpp_boundary", boundary);
+
+    begin(kStageScales, internal::mostScales(config_.compute_labels_list));
+    const LabelsListResult scales =
+        computeLabelsList(dilated, denoised, config_.compute_labels_list, observer);
+
+    begin(kStageOverSegment);
+    const auto [over_segmented, max_label] = overSegment(ridges, scales, config_.over_segment);
+    debugger_->logInfo("Completed over-segmentation");
+    showStage("54cpp_over_segmented", over_segmented);
+
+    begin(kStageFill);
+    const cv::Mat filled = fillBetweenRooms(over_segmented, denoised, boundary);
+
+    begin(kStageRestore);
+    const cv::Mat uncropped = ImageUtils::uncropBackground(filled, crop, cv::Scalar(0));
+    const cv::Mat rooms = ImageUtils::remapBorder(uncropped, max_label, kUnreached);
+    debugger_->logInfo("Final segmentation completed");
+    showStage("90cpp_final_segmented_map", rooms);
+    debugger_->logInfo("Segment finish with " + std::to_string(countRooms(rooms)) + " regions");
+
+    internal::observe(observer, kStageFinished, 1, 1);
+    return rooms;
+}
+
+cv::Mat FloorplanSegmenter::fillBetweenRooms(const cv::Mat& over_segmented, const cv::Mat& denoised,
+                                             const cv::Mat& boundary) {
+    debugger_->logInfo("Starting boundary filling with second watershed");
+    cv::Mat seeds;
+    over_segmented.convertTo(seeds, CV_32S);
+    // Lines, and rooms that happen to be numbered 255, are flooded from the rooms beside them.
+    seeds.setTo(0, seeds == kUnreached);
+    seeds.setTo(kBackgroundSeed, denoised == 1.0);
+    showStage("55cpp_boundary_fill_seeds", seeds);
+
+    cv::Mat cost;
+    boundary.convertTo(cost, CV_32F);
+    const cv::Mat flooded = WatershedSegmenter::executeSkimageWatershed(
+        cost, seeds, config_.over_segment.create_watershed_segment_skimage.connectivity, false);
+    cv::Mat filled;
+    flooded.convertTo(filled, CV_8U);
+    swapBackgroundAndUnreached(filled);
+    debugger_->logInfo("Completed boundary filling");
+    showStage("56cpp_boundary_filled_segments", filled);
+    return filled;
+}
+
+void FloorplanSegmenter::showStage(const std::string& name, const cv::Mat& image) {
+    debugger_->showAndWrite(name, image, name + ".png", false);
+}
+
+}  // namespace vorund

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "vorund/floorplan_segmenter.h"
+
+namespace vorund::internal {
+
+/// Tells the observer, if there is one. @throws Cancelled  when it asks to stop.
+inline void observe(const StageObserver& observer, const char* stage, int done, int total) {
+    if (observer && !observer(stage, done, total)) {
+        throw Cancelled(std::string("doSegment: cancelled at stage ") + stage + ".");
+    }
+}
+
+/// The length of the series of scales, unless one without a seed ends it earlier.
+inline int mostScales(const Config::ComputeLabelsListConfig& config) {
+    return config.sigma_step != 0.0 ? config.max_iter : 1;
+}
+
+}  // namespace vorund::internal

@@ -1,0 +1,41 @@
+#include "floor_plan_segmenter/observation.h"
+#include "internal/console.h"
+#include "internal/format.h"
+#include "vorund/floorplan_segmenter.h"
+#include "vorund/watershed_segmenter.h"
+
+namespace vorund {
+
+LabelsListResult FloorplanSegmenter::computeLabelsList(
+    const cv::Mat& image, const cv::Mat& mask_image,
+    const Config::ComputeLabelsListConfig& config) {
+    return computeLabelsList(image, mask_image, config, StageObserver());
+}
+
+LabelsListResult FloorplanSegmenter::computeLabelsList(
+    const cv::Mat& image, const cv::Mat& mask_image, const Config::ComputeLabelsListConfig& config,
+    const StageObserver& observer) {
+    LabelsListResult result;
+    const int most_scales = internal::mostScales(config);
+    cv::Mat mask;
+    mask_image.convertTo(mask, CV_8U);
+
+    double sigma = config.sigma_start;
+    for (int i = 0; i < most_scales; ++i) {
+        const GaussianSeedsResult seeds = WatershedSegmenter::generateGaussianSeedsSkimage(
+            image, mask, sigma, config.generate_gaussian_seeds_skimage, debugger_);
+        internal::consoleLine(
+            LogLevel::INFO, internal::format("[computeLabelsList] iter: %d, sigma: %f, ncc: %d", i,
+                                             sigma, seeds.ncc));
+        result.sigma_list.push_back(sigma);
+        result.labels_list.push_back(seeds.labels.clone());
+        result.ncc_list.push_back(seeds.ncc);
+        internal::observe(observer, kStageScales, i + 1, most_scales);
+        sigma += config.sigma_step;
+        // The scale without a seed stays in the lists: the tracking starts from it.
+        if (seeds.ncc <= 0) break;
+    }
+    return result;
+}
+
+}  // namespace vorund
