@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
-#include <sstream>
 #include <stdexcept>
 
 #include "internal/plain_output.h"
 #include "internal/require.h"
+#include "internal/text.h"
 
 namespace vorund {
 namespace {
@@ -95,8 +95,9 @@ cv::Mat ImageUtils::loadMapFromFile(const std::string& path) {
 }
 
 cv::Mat ImageUtils::loadMapFromBuffer(const std::vector<std::uint8_t>& buffer) {
-    // A matrix over the caller's bytes, without a copy; an empty vector gives an empty matrix.
-    const cv::Mat image = cv::imdecode(cv::Mat(buffer), cv::IMREAD_UNCHANGED);
+    cv::Mat image;
+    // OpenCV throws on nothing at all. The matrix is a view of the caller's bytes.
+    if (!buffer.empty()) image = cv::imdecode(cv::Mat(buffer), cv::IMREAD_UNCHANGED);
     require(!image.empty(), "Could not decode image from buffer.");
     return scaleBytes(dropAlpha(image));
 }
@@ -217,7 +218,7 @@ cv::Mat ImageUtils::removeSmallConnectedComponents(
     require(count >= 2, "removeSmallConnectedComponents expects a non-empty image.");
 
     const double threshold = areaThreshold(regionAreas(stats), config);
-    std::ostringstream line;
+    internal::TextStream line;
     line << "removeSmallConnectedComponents: threshold_area: " << threshold << '\n';
     internal::printPlain(line.str());
 

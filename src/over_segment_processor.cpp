@@ -5,11 +5,11 @@
 #include <cstdint>
 #include <opencv2/imgproc.hpp>
 #include <set>
-#include <sstream>
 #include <stdexcept>
 
 #include "internal/plain_output.h"
 #include "internal/require.h"
+#include "internal/text.h"
 #include "over_segment_pictures.h"
 
 namespace vorund {
@@ -95,7 +95,7 @@ LabelMap globalLabels(const std::vector<int>& labels,
 }
 
 void printMappers(const std::vector<LabelMap>& mappers) {
-    std::ostringstream text;
+    internal::TextStream text;
     text << "Debug: mappers contents:\n";
     for (std::size_t i = 0; i < mappers.size(); ++i) {
         text << "  mapper[" << i << "]:\n";
@@ -193,9 +193,10 @@ std::vector<LabelMap> OverSegmentProcessor::findConsistentGlobalLabels(
         const auto parents = findParents(labels_map_list_in[i + 1], coarser_labels, finer);
         mappers[i] = globalLabels(labels, parents, mappers[i + 1], counter);
         if (!mappers[i].empty()) {
-            writePicture(debugger,
-                         "50cpp_local_global_label_sigma_" + std::to_string(sigmas[i]) + ".png",
-                         internal::drawLocalAndGlobalLabels(finer, mappers[i]));
+            writePicture(
+                debugger,
+                "50cpp_local_global_label_sigma_" + internal::fixedText(sigmas[i]) + ".png",
+                internal::drawLocalAndGlobalLabels(finer, mappers[i]));
         }
         coarser_labels = labels;
     }

@@ -133,7 +133,7 @@ cv::Mat generateRidgeMapMeijering(const cv::Mat& image,
     for (const double sigma : config.sigmas) {
         if (sigma <= 0.0) continue;
         // In single precision: the kernel's length follows from the rounded scale.
-        const double scale = static_cast<float>(sigma) / kSqrtTwo;
+        const auto scale = static_cast<double>(static_cast<float>(sigma) / kSqrtTwo);
         ridges = cv::max(ridges, scaledToOne(ridgeResponse(hessian(working, scale, border))));
     }
     return ridges;

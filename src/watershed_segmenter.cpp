@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "internal/require.h"
+#include "internal/text.h"
 #include "internal/watershed_queue.h"
 #include "vorund/image_utils.h"
 
@@ -46,7 +47,7 @@ cv::Mat drawSeedSteps(const SeedSteps& steps, double sigma) {
     draw(steps.inverted, 1.0, top_right);
     draw(steps.components, 32.0, bottom_left);
     draw(steps.marked, 32.0, bottom_right);
-    putCaption(panel, "1. Gaussian Blur sigma=" + std::to_string(sigma), top_left, 0);
+    putCaption(panel, "1. Gaussian Blur sigma=" + internal::fixedText(sigma), top_left, 0);
     putCaption(panel, "2. Binary Threshold", top_right, 255);
     putCaption(panel, "3. Connected Components (x32)", bottom_left, 255);
     putCaption(panel, "4. Background Marked (x32)", bottom_right, 0);
@@ -198,7 +199,7 @@ GaussianSeedsResult WatershedSegmenter::generateGaussianSeedsSkimage(
 
     const cv::Mat panel = drawSeedSteps(steps, sigma);
     if (debugger) {
-        debugger->write("40cpp_gaussian_seeds_sigma_" + std::to_string(sigma) + ".png", panel,
+        debugger->write("40cpp_gaussian_seeds_sigma_" + internal::fixedText(sigma) + ".png", panel,
                         false);
     }
     return {steps.marked, ncc};

@@ -5,26 +5,24 @@
 
 #include "config/yaml_warning.h"
 #include "internal/console.h"
-#include "internal/format.h"
+#include "internal/text.h"
 #include "vorund/yaml_value.h"
 
 namespace vorund {
 namespace {
-
-using internal::format;
 
 void print(const std::string& line) {
     internal::consoleLine(LogLevel::INFO, "[Config] " + line);
 }
 
 std::string valueText(double value) {
-    return format("%f", value);
+    return internal::fixedText(value);
 }
 std::string valueText(int value) {
-    return format("%d", value);
+    return std::to_string(value);
 }
 std::string valueText(bool value) {
-    return format("%d", static_cast<int>(value));
+    return value ? "1" : "0";
 }
 std::string valueText(const std::string& value) {
     return value;
@@ -58,11 +56,8 @@ class Group {
 
     void read(const std::string& key, std::map<std::string, int>& field) const {
         if (!present()) return;
-        readEntries(node_[key], field);
         print(indent_ + key + ":");
-        for (const auto& [name, value] : field) {
-            print(indent_ + "  " + name + ": " + valueText(value));
-        }
+        readEntries(node_[key], field);
     }
 
  private:
@@ -70,7 +65,7 @@ class Group {
 
     bool present() const { return node_.IsDefined(); }
 
-    static void readEntries(const YAML::Node& entries, std::map<std::string, int>& field) {
+    void readEntries(const YAML::Node& entries, std::map<std::string, int>& field) const {
         if (!entries.IsDefined() || entries.IsNull()) return;
         if (!entries.IsMap()) {
             internal::warnOfYamlValue("not a map");
@@ -81,6 +76,7 @@ class Group {
             // A weight that is missing counts as 1, so one that cannot be read does as well.
             const auto known = field.emplace(name, 1).first;
             known->second = getYamlValue(entry.second, known->second);
+            print(indent_ + "  " + name + ": " + valueText(known->second));
         }
     }
 

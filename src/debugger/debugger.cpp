@@ -8,9 +8,9 @@
 #include <iostream>
 #include <opencv2/highgui.hpp>
 #include <opencv2/imgcodecs.hpp>
-#include <sstream>
 
 #include "internal/console.h"
+#include "internal/text.h"
 
 namespace vorund {
 namespace {
@@ -28,7 +28,7 @@ std::string formatLocalTime(std::int64_t nanoseconds, const char* pattern) {
     const std::time_t seconds = nanoseconds / kNanosecondsPerSecond;
     std::tm local{};
     localtime_r(&seconds, &local);
-    std::ostringstream text;
+    internal::TextStream text;
     text << std::put_time(&local, pattern);
     return text.str();
 }
@@ -134,7 +134,7 @@ std::string Debugger::logLevelToString(LogLevel level) {
 
 std::string Debugger::getCurrentTimestamp() {
     const std::int64_t now = nanosecondsSinceEpoch();
-    std::ostringstream text;
+    internal::TextStream text;
     text << formatLocalTime(now, "%Y-%m-%d %H:%M:%S") << '.' << std::setw(3) << std::setfill('0')
          << (now / kNanosecondsPerMillisecond) % 1000;
     return text.str();

@@ -1,5 +1,4 @@
 #include "internal/console.h"
-#include "internal/format.h"
 #include "internal/require.h"
 #include "vorund/floorplan_segmenter.h"
 
@@ -14,8 +13,10 @@ std::pair<cv::Mat, CropInfo> FloorplanSegmenter::generateDenoisedAlone(
     const cv::Mat content =
         ImageUtils::makeBinary(raw_image, config.binary_for_crop_make_binary.threshold, 1.0);
     const CropInfo crop = ImageUtils::cropSingleInfo(content, config.crop_single_info.padding);
-    internal::consoleLine(LogLevel::INFO, internal::format("crop_info: %d, %d, %d, %d", crop.left,
-                                                           crop.top, crop.right, crop.bottom));
+    internal::consoleLine(LogLevel::INFO, "crop_info: " + std::to_string(crop.left) + ", " +
+                                              std::to_string(crop.top) + ", " +
+                                              std::to_string(crop.right) + ", " +
+                                              std::to_string(crop.bottom));
     const cv::Mat rank_cropped = ImageUtils::cropBackground(raw_image, crop);
     internal::require(!rank_cropped.empty(), "generateDenoisedAlone: rank_cropped is empty.");
     debugger_->show("rank_cropped", rank_cropped);

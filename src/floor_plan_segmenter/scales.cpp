@@ -1,6 +1,6 @@
 #include "floor_plan_segmenter/observation.h"
 #include "internal/console.h"
-#include "internal/format.h"
+#include "internal/text.h"
 #include "vorund/floorplan_segmenter.h"
 #include "vorund/watershed_segmenter.h"
 
@@ -24,9 +24,9 @@ LabelsListResult FloorplanSegmenter::computeLabelsList(
     for (int i = 0; i < most_scales; ++i) {
         const GaussianSeedsResult seeds = WatershedSegmenter::generateGaussianSeedsSkimage(
             image, mask, sigma, config.generate_gaussian_seeds_skimage, debugger_);
-        internal::consoleLine(
-            LogLevel::INFO, internal::format("[computeLabelsList] iter: %d, sigma: %f, ncc: %d", i,
-                                             sigma, seeds.ncc));
+        internal::consoleLine(LogLevel::INFO, "[computeLabelsList] iter: " + std::to_string(i) +
+                                                  ", sigma: " + internal::fixedText(sigma) +
+                                                  ", ncc: " + std::to_string(seeds.ncc));
         result.sigma_list.push_back(sigma);
         result.labels_list.push_back(seeds.labels.clone());
         result.ncc_list.push_back(seeds.ncc);
