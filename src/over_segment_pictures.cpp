@@ -128,6 +128,19 @@ cv::Mat drawLifespans(const std::map<int, std::pair<int, int>>& lifespans, int s
     return picture;
 }
 
+bool placeThumbnail(cv::Mat& canvas, const cv::Rect& cell, const cv::Mat& thumbnail, int global) {
+    if (cell.br().x > canvas.cols || cell.br().y > canvas.rows) {
+        std::cerr << "Warning: Skipping seed " << global << " due to bounds violation" << std::endl;
+        return false;
+    }
+    if (cell.x < 0 || cell.y < 0) {
+        std::cerr << "Warning: ROI out of bounds for seed " << global << std::endl;
+    } else {
+        thumbnail.copyTo(canvas(cell));
+    }
+    return true;
+}
+
 cv::Mat drawSeedOverview(const std::map<int, cv::Mat>& seeds, const cv::Size& map_size) {
     constexpr int kMostColumns = 4;
     constexpr int kLargestThumbnail = 200;
@@ -142,7 +155,6 @@ cv::Mat drawSeedOverview(const std::map<int, cv::Mat>& seeds, const cv::Size& ma
 
     cv::Mat canvas =
         cv::Mat::zeros(rows * cell_height + 80, margin + columns * thumbnail.width, CV_8UC3);
-    const cv::Rect whole(cv::Point(0, 0), canvas.size());
     putText(canvas, "Map Initial Seeds Visualization", {10, 30}, 0.8, grey(255), 2);
     int position = 0;
     for (const auto& [global, mask] : seeds) {
@@ -150,16 +162,7 @@ cv::Mat drawSeedOverview(const std::map<int, cv::Mat>& seeds, const cv::Size& ma
                                position / columns * cell_height + 60);
         const cv::Rect cell(origin, thumbnail);
         const int tint = position++;
-        if (cell.br().x > canvas.cols || cell.br().y > canvas.rows) {
-            std::cerr << "Warning: Skipping seed " << global << " due to bounds violation"
-                      << std::endl;
-            continue;
-        }
-        if ((cell & whole) == cell) {
-            tintedThumbnail(mask, thumbnail, tint).copyTo(canvas(cell));
-        } else {
-            std::cerr << "Warning: ROI out of bounds for seed " << global << std::endl;
-        }
+        if (!placeThumbnail(canvas, cell, tintedThumbnail(mask, thumbnail, tint), global)) continue;
         const auto pixels = static_cast<std::int64_t>(cv::sum(mask)[0]);
         putText(canvas, "Global Label " + std::to_string(global),
                 origin + cv::Point(0, thumbnail.height + 15), 0.4, grey(255));

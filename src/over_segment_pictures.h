@@ -17,6 +17,10 @@ cv::Mat drawLifespans(const std::map<int, std::pair<int, int>>& lifespans, int s
 /// Thumbnails of the chosen seeds, each a `CV_8UC1` mask of the map's size.
 cv::Mat drawSeedOverview(const std::map<int, cv::Mat>& seeds, const cv::Size& map_size);
 
+/// Puts a thumbnail into its cell of the overview. A cell that crosses the right or lower edge is
+/// left out, caption and all: false. Either way that a cell does not fit is told on standard error.
+bool placeThumbnail(cv::Mat& canvas, const cv::Rect& cell, const cv::Mat& thumbnail, int global);
+
 /// A `CV_32SC1` marker image in colours.
 cv::Mat drawMarkers(const cv::Mat& markers);
 

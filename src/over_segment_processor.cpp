@@ -11,6 +11,7 @@
 #include "internal/require.h"
 #include "internal/text.h"
 #include "over_segment_pictures.h"
+#include "seed_inheritance.h"
 
 namespace vorund {
 namespace {
@@ -18,10 +19,9 @@ namespace {
 using internal::require;
 
 constexpr int kByteValues = 256;
-constexpr int kAmbiguous = 255;   // Global label of a region that several coarser ones run into.
 constexpr int kBackground = 255;  // Marker of what is no seed.
 
-using LabelMap = std::map<int, int>;
+using internal::LabelMap;
 
 std::set<int> valuesOf(const cv::Mat& image) {
     std::array<bool, kByteValues> seen{};
@@ -43,55 +43,6 @@ std::vector<int> labelsOf(const cv::Mat& image) {
     // The largest stands for the background and goes even where the map has none.
     if (!values.empty()) values.erase(std::prev(values.end()));
     return {values.begin(), values.end()};
-}
-
-/// For every value of the coarser map, what lies under the first of its pixels that is not over a
-/// zero of the finer one; 0 if there is none.
-std::array<int, kByteValues> valuesUnderFirstPixels(const cv::Mat& coarser, const cv::Mat& finer) {
-    std::array<int, kByteValues> under{};
-    for (int row = 0; row < coarser.rows; ++row) {
-        const std::uint8_t* const above = coarser.ptr<std::uint8_t>(row);
-        const std::uint8_t* const below = finer.ptr<std::uint8_t>(row);
-        for (int col = 0; col < coarser.cols; ++col) {
-            int& value = under[above[col]];
-            if (value == 0) value = below[col];
-        }
-    }
-    return under;
-}
-
-/// For every label of the finer map, the labels of the coarser one that run into it.
-std::map<int, std::vector<int>> findParents(const cv::Mat& coarser,
-                                            const std::vector<int>& coarser_labels,
-                                            const cv::Mat& finer) {
-    const std::array<int, kByteValues> under = valuesUnderFirstPixels(coarser, finer);
-    std::map<int, std::vector<int>> parents;
-    for (const int label : coarser_labels) {
-        const int child = under[static_cast<std::size_t>(label)];
-        require(child != 0, "findConsistentGlobalLabels: new_m == 0");
-        parents[child].push_back(label);
-    }
-    return parents;
-}
-
-LabelMap globalLabels(const std::vector<int>& labels,
-                      const std::map<int, std::vector<int>>& parents,
-                      const LabelMap& global_of_parent, int& counter) {
-    LabelMap global;
-    for (const int label : labels) {
-        const auto found = parents.find(label);
-        if (found == parents.end()) {
-            global[label] = ++counter;
-        } else if (found->second.size() > 1) {
-            global[label] = kAmbiguous;
-        } else {
-            const auto inherited = global_of_parent.find(found->second.front());
-            require(inherited != global_of_parent.end(),
-                    "findConsistentGlobalLabels: prev label have no global label");
-            global[label] = inherited->second;
-        }
-    }
-    return global;
 }
 
 void printMappers(const std::vector<LabelMap>& mappers) {
@@ -190,8 +141,9 @@ std::vector<LabelMap> OverSegmentProcessor::findConsistentGlobalLabels(
     for (std::size_t i = count - 1; i-- > 0;) {
         const cv::Mat& finer = labels_map_list_in[i];
         const std::vector<int> labels = labelsOf(finer);
-        const auto parents = findParents(labels_map_list_in[i + 1], coarser_labels, finer);
-        mappers[i] = globalLabels(labels, parents, mappers[i + 1], counter);
+        const auto parents =
+            internal::findParents(labels_map_list_in[i + 1], coarser_labels, finer);
+        mappers[i] = internal::globalLabels(labels, parents, mappers[i + 1], counter);
         if (!mappers[i].empty()) {
             writePicture(
                 debugger,
@@ -210,7 +162,7 @@ std::map<int, std::pair<int, int>> OverSegmentProcessor::findLifespans(
     std::map<int, std::pair<int, int>> lifespans;
     for (int i = static_cast<int>(mappers.size()) - 1; i >= 0; --i) {
         for (const auto& [local, global] : mappers[static_cast<std::size_t>(i)]) {
-            if (global == kAmbiguous) continue;
+            if (global == internal::kAmbiguous) continue;
             const auto lifespan = lifespans.emplace(global, std::make_pair(i, i)).first;
             lifespan->second.first = i;
         }

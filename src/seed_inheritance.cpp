@@ -1,0 +1,63 @@
+#include "seed_inheritance.h"
+
+#include <array>
+#include <cstdint>
+
+#include "internal/require.h"
+
+namespace vorund::internal {
+namespace {
+
+constexpr int kByteValues = 256;
+
+/// For every value of the coarser map, what lies under the first of its pixels that is not over a
+/// zero of the finer one; 0 if there is none.
+std::array<int, kByteValues> valuesUnderFirstPixels(const cv::Mat& coarser, const cv::Mat& finer) {
+    std::array<int, kByteValues> under{};
+    for (int row = 0; row < coarser.rows; ++row) {
+        const std::uint8_t* const above = coarser.ptr<std::uint8_t>(row);
+        const std::uint8_t* const below = finer.ptr<std::uint8_t>(row);
+        for (int col = 0; col < coarser.cols; ++col) {
+            int& value = under[above[col]];
+            if (value == 0) value = below[col];
+        }
+    }
+    return under;
+}
+
+}  // namespace
+
+std::map<int, std::vector<int>> findParents(const cv::Mat& coarser,
+                                            const std::vector<int>& coarser_labels,
+                                            const cv::Mat& finer) {
+    const std::array<int, kByteValues> under = valuesUnderFirstPixels(coarser, finer);
+    std::map<int, std::vector<int>> parents;
+    for (const int label : coarser_labels) {
+        const int child = under[static_cast<std::size_t>(label)];
+        require(child != 0, "findConsistentGlobalLabels: new_m == 0");
+        parents[child].push_back(label);
+    }
+    return parents;
+}
+
+LabelMap globalLabels(const std::vector<int>& labels,
+                      const std::map<int, std::vector<int>>& parents,
+                      const LabelMap& global_of_parent, int& counter) {
+    LabelMap global;
+    for (const int label : labels) {
+        const auto found = parents.find(label);
+        if (found == parents.end()) {
+            global[label] = ++counter;
+        } else if (found->second.size() > 1) {
+            global[label] = kAmbiguous;
+        } else {
+            const auto inherited = global_of_parent.find(found->second.front());
+            require(inherited != global_of_parent.end(),
+                    "findConsistentGlobalLabels: prev label have no global label");
+            global[label] = inherited->second;
+        }
+    }
+    return global;
+}
+
+}  // namespace vorund::internal

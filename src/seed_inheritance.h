@@ -1,0 +1,29 @@
+#pragma once
+
+#include <map>
+#include <opencv2/core.hpp>
+#include <vector>
+
+namespace vorund::internal {
+
+/// Local label -> global label of one seed map.
+using LabelMap = std::map<int, int>;
+
+/// Global label of a region that several coarser ones run into.
+inline constexpr int kAmbiguous = 255;
+
+/// For every label of the finer seed map, the labels of the coarser one that run into it: those
+/// whose first pixel, in raster order, that is not over a zero lies on it.
+/// @throws std::runtime_error  if a label lies over zeros alone.
+std::map<int, std::vector<int>> findParents(const cv::Mat& coarser,
+                                            const std::vector<int>& coarser_labels,
+                                            const cv::Mat& finer);
+
+/// Global labels for the labels of a seed map, ascending: the parent's for a label with one parent,
+/// 255 for one with several, and a new one, counted by `counter`, for one without.
+/// @throws std::runtime_error  if a parent has no global label.
+LabelMap globalLabels(const std::vector<int>& labels,
+                      const std::map<int, std::vector<int>>& parents,
+                      const LabelMap& global_of_parent, int& counter);
+
+}  // namespace vorund::internal
