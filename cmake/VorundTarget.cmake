@@ -32,6 +32,7 @@ function(vorund_add_library name alias)
     VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
   target_include_directories(${name}
     PUBLIC $<BUILD_INTERFACE:${arg_INCLUDE}> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+  target_compile_features(${name} PUBLIC cxx_std_17)
   target_include_directories(${name} SYSTEM PUBLIC ${OpenCV_INCLUDE_DIRS})
   target_link_libraries(${name} PUBLIC ${OpenCV_LIBS} ${arg_PUBLIC} PRIVATE ${arg_PRIVATE})
 endfunction()

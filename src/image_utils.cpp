@@ -1,6 +1,8 @@
 #include "vorund/image_utils.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <limits>
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 #include <stdexcept>
@@ -35,9 +37,15 @@ cv::Mat toBytes(const cv::Mat& image) {
     return bytes;
 }
 
-/// What is cut off in front of content that starts at `position`. In 64 bits: any padding will do.
+/// Sizes and margins are added in 64 bits and brought back here: any margin may come from a file.
+int toInt(std::int64_t value) {
+    return static_cast<int>(std::clamp<std::int64_t>(value, std::numeric_limits<int>::min(),
+                                                     std::numeric_limits<int>::max()));
+}
+
+/// What is cut off in front of content that starts at `position`.
 int marginBefore(int position, int padding) {
-    return static_cast<int>(std::max<std::int64_t>(0, std::int64_t{position} - padding));
+    return toInt(std::max<std::int64_t>(0, std::int64_t{position} - padding));
 }
 
 bool anyDiffers(const cv::Mat& bytes, std::uint8_t background) {
@@ -48,7 +56,7 @@ template <class T>
 void replaceValue(cv::Mat& image, T from, T to) {
     for (int row = 0; row < image.rows; ++row) {
         T* const pixels = image.ptr<T>(row);
-        std::replace(pixels, pixels + image.cols * image.channels(), from, to);
+        std::replace(pixels, pixels + std::ptrdiff_t{image.cols} * image.channels(), from, to);
     }
 }
 
@@ -168,21 +176,25 @@ CropInfo ImageUtils::cropSingleInfo(const cv::Mat& image, int padding) {
 
 cv::Mat ImageUtils::cropBackground(const cv::Mat& image, const CropInfo& crop) {
     require(!image.empty(), "cropBackground expects a non-empty image.");
-    const int width = image.cols - crop.left - crop.right;
-    const int height = image.rows - crop.top - crop.bottom;
+    const std::int64_t width = std::int64_t{image.cols} - crop.left - crop.right;
+    const std::int64_t height = std::int64_t{image.rows} - crop.top - crop.bottom;
     require(width > 0 && height > 0, "cropBackground leads to an empty image.");
-    return image(cv::Rect(crop.left, crop.top, width, height));
+    // A negative margin reaches beyond the image; OpenCV's own check would overflow for a huge one.
+    CV_Assert(crop.left >= 0 && crop.top >= 0 && crop.left + width <= image.cols &&
+              crop.top + height <= image.rows);
+    return image(cv::Rect(crop.left, crop.top, toInt(width), toInt(height)));
 }
 
 cv::Mat ImageUtils::uncropBackground(const cv::Mat& image, const CropInfo& crop,
                                      const cv::Scalar& fill) {
-    const int width = crop.left + image.cols + crop.right;
-    const int height = crop.top + image.rows + crop.bottom;
-    const bool nothing =
-        image.empty() && crop.left + crop.right == 0 && crop.top + crop.bottom == 0;
+    const std::int64_t margin_x = std::int64_t{crop.left} + crop.right;
+    const std::int64_t margin_y = std::int64_t{crop.top} + crop.bottom;
+    const std::int64_t width = image.cols + margin_x;
+    const std::int64_t height = image.rows + margin_y;
+    const bool nothing = image.empty() && margin_x == 0 && margin_y == 0;
     if (nothing || width <= 0 || height <= 0) return cv::Mat(0, 0, image.type());
 
-    cv::Mat full(height, width, image.type(), fill);
+    cv::Mat full(toInt(height), toInt(width), image.type(), fill);
     if (!image.empty()) {
         image.copyTo(full(cv::Rect(crop.left, crop.top, image.cols, image.rows)));
     }
@@ -193,7 +205,8 @@ cv::Mat ImageUtils::remapBorder(const cv::Mat& image, int from_value, int to_val
     if (from_value == -1) {
         double largest = 0.0;
         cv::minMaxLoc(image, nullptr, &largest);
-        from_value = static_cast<int>(largest);
+        from_value = static_cast<int>(std::clamp<double>(largest, std::numeric_limits<int>::min(),
+                                                         std::numeric_limits<int>::max()));
     }
     cv::Mat result;
     if (image.type() == CV_8UC1) {
@@ -210,12 +223,14 @@ cv::Mat ImageUtils::remapBorder(const cv::Mat& image, int from_value, int to_val
 
 cv::Mat ImageUtils::removeSmallConnectedComponents(
     const cv::Mat& image, const Config::RemoveSmallConnectedComponentsConfig& config) {
+    constexpr char kEmpty[] = "removeSmallConnectedComponents expects a non-empty image.";
+    require(!image.empty(), kEmpty);
     cv::Mat regions;
     cv::Mat stats;
     cv::Mat centroids;
     const int count = cv::connectedComponentsWithStats(toBytes(image), regions, stats, centroids,
                                                        config.connectivity, CV_32S);
-    require(count >= 2, "removeSmallConnectedComponents expects a non-empty image.");
+    require(count >= 2, kEmpty);
 
     const double threshold = areaThreshold(regionAreas(stats), config);
     internal::TextStream line;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <iterator>
 #include <opencv2/imgproc.hpp>
 #include <set>
 #include <stdexcept>
@@ -97,10 +98,12 @@ cv::Mat seedMask(const cv::Mat& seed_map, int local) {
 }
 
 void superposeSeed(cv::Mat& markers, const cv::Mat& mask, int global) {
-    for (int row = 0; row < markers.rows; ++row) {
+    // A mask of another size counts where it covers the markers.
+    const int cols = std::min(markers.cols, mask.cols);
+    for (int row = 0; row < std::min(markers.rows, mask.rows); ++row) {
         const std::uint8_t* const seed = mask.ptr<std::uint8_t>(row);
         std::int32_t* const marker = markers.ptr<std::int32_t>(row);
-        for (int col = 0; col < markers.cols; ++col) {
+        for (int col = 0; col < cols; ++col) {
             if (seed[col] != 1) continue;
             marker[col] = marker[col] == 0 ? global : std::min(marker[col], global);
         }
@@ -133,6 +136,11 @@ std::vector<LabelMap> OverSegmentProcessor::findConsistentGlobalLabels(
     require(count != 1, "findConsistentGlobalLabels: labels_map_list_in.size() == 1");
     require(valuesOf(labels_map_list_in.back()).size() <= 2,
             "findConsistentGlobalLabels: last_frame_labels.size() > 2");
+
+    for (const cv::Mat& seed_map : labels_map_list_in) {
+        require(seed_map.type() == CV_8UC1 && seed_map.size() == labels_map_list_in.back().size(),
+                "findConsistentGlobalLabels: Seed maps must be CV_8UC1 and of equal size.");
+    }
 
     std::vector<LabelMap> mappers(count);
     // The coarsest map has no labels to hand on: those of the next one all start anew.
@@ -182,7 +190,7 @@ std::map<int, cv::Mat> OverSegmentProcessor::generateMapInitialSeeds(
 
     const std::int64_t last_scale = static_cast<std::int64_t>(mappers.size()) - 1;
     for (const auto& [global, lifespan] : lifespans) {
-        if (lifespan.second - lifespan.first < config.filter_threshold) continue;
+        if (std::int64_t{lifespan.second} - lifespan.first < config.filter_threshold) continue;
         const auto scale = static_cast<std::size_t>(
             std::clamp(chosenScale(lifespan, config), std::int64_t{0}, last_scale));
         const int local = localLabelOf(mappers[scale], global);

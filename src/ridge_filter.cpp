@@ -1,5 +1,6 @@
 #include "vorund/ridge_filter.h"
 
+#include <algorithm>
 #include <cmath>
 #include <iostream>
 #include <opencv2/imgproc.hpp>
@@ -12,6 +13,7 @@ namespace {
 constexpr double kSqrtTwoPi = 2.5066282746310002;
 constexpr float kSqrtTwo = 1.4142135F;
 constexpr float kAlpha = -0.33333334F;  // Meijering's weight of the other eigenvalue, for 2D.
+constexpr double kLongestReach = 1e6;   // [pixels] No image is as wide.
 constexpr double kByteToUnit = 0.00392156862745098;  // 1 / 255
 
 /// Second derivatives of a blurred image, each `CV_32FC1`.
@@ -107,7 +109,10 @@ int getCvBorderType(const std::string& mode) {
 
 cv::Mat getGaussianKernel1D(int /*size*/, double sigma, int order) {
     // Small scales get a much longer tail.
-    const int radius = static_cast<int>(sigma * (sigma > 1.0 ? 8.0 : 100.0));
+    const double reach = sigma * (sigma > 1.0 ? 8.0 : 100.0);
+    internal::require(reach <= kLongestReach,
+                      "getGaussianKernel1D: sigma must be a number of at most 125000.");
+    const int radius = static_cast<int>(std::max(reach, -1.0));
     cv::Mat kernel(2 * radius + 1, 1, CV_64F);
     for (int x = -radius; x <= radius; ++x) {
         kernel.at<double>(x + radius) = kernelValue(x, sigma, order);

@@ -1,5 +1,6 @@
 #include "vorund/watershed_segmenter.h"
 
+#include <limits>
 #include <opencv2/imgproc.hpp>
 #include <set>
 #include <stdexcept>
@@ -78,6 +79,8 @@ class Flood {
     Flood(const cv::Mat& image, const cv::Mat& markers, int connectivity, bool watershed_line) {
         image.convertTo(cost_, CV_64F);
         offsets_ = neighbourOffsets(connectivity, image.cols);
+        require(markers.size() == image.size() && (markers.empty() || markers.type() == CV_32SC1),
+                "executeSkimageWatershed: Markers must be CV_32S and of the image's size.");
         output_ = markers.clone();
         mask_ = floodMask(image.size());
         costs_ = cost_.ptr<double>();
@@ -142,6 +145,8 @@ class Flood {
             const double level = cost < item.value ? item.value : cost;
             if (!watershed_line_) labels_[neighbour] = labels_[item.index];
             queue_.push({level, age_, neighbour, item.source});
+            require(age_ < std::numeric_limits<std::int32_t>::max(),
+                    "executeSkimageWatershed: The queue has taken 2^31 items.");
             ++age_;
         }
     }
@@ -189,8 +194,10 @@ GaussianSeedsResult WatershedSegmenter::generateGaussianSeedsSkimage(
     const int ncc = cv::connectedComponents(steps.inverted, steps.components, 4, CV_32S) - 1;
     // Saturates: seeds from the 255th on become background, which later stages count on.
     steps.components.convertTo(steps.marked, CV_8U);
+    // OpenCV refuses a mask that is smaller.
+    const cv::Mat covering = mask(cv::Rect(cv::Point(0, 0), steps.marked.size()));
     for (int row = 0; row < steps.marked.rows; ++row) {
-        const std::uint8_t* const background = mask.ptr<std::uint8_t>(row);
+        const std::uint8_t* const background = covering.ptr<std::uint8_t>(row);
         std::uint8_t* const label = steps.marked.ptr<std::uint8_t>(row);
         for (int col = 0; col < steps.marked.cols; ++col) {
             if (background[col] != 0) label[col] = 255;

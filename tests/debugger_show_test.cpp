@@ -18,7 +18,7 @@
 #include <string>
 
 #include "support/captures.h"
-#include "support/plans.h"
+#include "support/drawn_plans.h"
 #include "vorund/debugger.h"
 #include "vorund/floorplan_segmenter.h"
 

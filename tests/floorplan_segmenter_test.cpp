@@ -13,9 +13,9 @@
 #include <vector>
 
 #include "support/captures.h"
+#include "support/drawn_plans.h"
 #include "support/label_grid.h"
 #include "support/mat_matchers.h"
-#include "support/plans.h"
 #include "vorund/watershed_segmenter.h"
 
 namespace vorund {
@@ -202,7 +202,7 @@ TEST_F(GenerateDenoisedAlone, UsesTheConnectivityOfEachRemoval) {
 }
 
 TEST_F(GenerateDenoisedAlone, DoesNotUseTheRankThreshold) {
-    const test::Plan plan = test::twoRooms();
+    const test::DrawnPlan plan = test::twoRooms();
     Config::GenerateDenoisedAloneConfig config;
     const cv::Mat first = segmenter_.generateDenoisedAlone(plan.map, config).first;
     for (const double threshold : {-1.0, 0.0, 0.99, 7.0}) {

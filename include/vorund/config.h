@@ -109,8 +109,12 @@ struct VORUND_EXPORT Config {
     /// Settings of `FloorplanSegmenter::computeLabelsList`.
     struct ComputeLabelsListConfig {
         double sigma_start = 1.0;  ///< First Gaussian scale, > 0. [pixels]
-        double sigma_step = 1.0;   ///< Step between scales; 0 makes a single scale. [pixels]
-        int max_iter = 200;        ///< Most scales; the series ends earlier once nothing is left.
+        /// Step between scales. 0 makes a single scale, from which `overSegment` can't track.
+        /// [pixels]
+        double sigma_step = 1.0;
+        /// Most scales; the series ends earlier once nothing is left. `overSegment` fails where it
+        /// ends while several regions are left.
+        int max_iter = 200;
         int background_erosion_kernel_size = 3;  ///< Read from YAML, used by no stage.
         GenerateGaussianSeedsSkimageConfig generate_gaussian_seeds_skimage;
         /// Read from YAML, used by no stage.

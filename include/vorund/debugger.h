@@ -73,7 +73,8 @@ class VORUND_EXPORT Debugger {
     static std::string getTimestampForFilename();
 
     /// Shows a non-empty image, as it is, in the window of that name, if `show_images` is set.
-    /// Where no display can be had nothing is shown, and the log says so once, as a warning.
+    /// Where no display can be had, or the window fails, nothing is shown, and the log says so
+    /// once, as a warning. 32-bit integers are shown as bytes, saturated.
     void show(const std::string& window_name, const cv::Mat& image);
 
     /// Writes a non-empty image to `output_dir`/`file_name`, if `force` or `save_images` is set.
@@ -105,8 +106,10 @@ class VORUND_EXPORT Debugger {
     std::atomic<bool> told_that_nothing_is_shown_{false};
 };
 
-/// Whether a window can be shown: false without a display server that answers. Never aborts and
-/// never waits for more than a few seconds. The answer is found once per process.
+/// Whether a window can be shown: false without an X server that answers, unless QT_QPA_PLATFORM
+/// names "offscreen" or "minimal". (Other platforms are not tried: where they are missing, Qt ends
+/// the process.) Never aborts and never waits for more than a few seconds. The answer is found
+/// once per process.
 VORUND_EXPORT bool displayAvailable();
 
 /// Where the library writes the plain lines that it otherwise prints to `std::cout`; `nullptr`

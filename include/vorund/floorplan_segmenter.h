@@ -35,7 +35,7 @@ class VORUND_EXPORT Cancelled : public std::runtime_error {
 /// have a `total` of 1. When it returns false the run is cancelled.
 using StageObserver = std::function<bool(const std::string& stage, int done, int total)>;
 
-/// The stages of `doSegment`, in their order.
+/// The stages of `doSegment`, in their order, and its end.
 inline constexpr char kStageDenoise[] = "denoise";
 inline constexpr char kStageDilate[] = "dilate";
 inline constexpr char kStageRidges[] = "ridges";
@@ -47,7 +47,7 @@ inline constexpr char kStageFinished[] = "finished";
 
 /// Divides a floor map into rooms. It keeps a copy of its configuration and a share of its
 /// debugger, and changes neither; one object may serve several threads, and so may one debugger
-/// (with windows switched off).
+/// with windows and image files switched off (the runs would write the same files).
 class VORUND_EXPORT FloorplanSegmenter {
  public:
     /// @throws std::runtime_error  if `debugger` is empty.
@@ -61,6 +61,10 @@ class VORUND_EXPORT FloorplanSegmenter {
     ///         the pixel.
     /// @throws std::runtime_error  for an image of another type, one without content, and whatever
     ///         else a stage rejects.
+    /// @throws cv::Exception  where OpenCV rejects a setting or lacks memory.
+    /// @note The largest label of the over-segmentation becomes 255 too. It is 255 already where a
+    ///       line or a pixel out of reach is left, and the outermost pixels are always out of
+    ///       reach; a map whose outermost pixels all carry seeds would lose a room.
     cv::Mat doSegment(const cv::Mat& raw_image);
 
     /// The same with an observer for progress, timings and cancelling; an empty one is none.
@@ -81,6 +85,7 @@ class VORUND_EXPORT FloorplanSegmenter {
     /// of the lists.
     /// @param image       `CV_32FC1`, values 0 to 1, walls high: the map to blur.
     /// @param mask_image  Same size, one channel; not 0 = background.
+    /// @throws std::runtime_error, cv::Exception  as `generateGaussianSeedsSkimage`.
     LabelsListResult computeLabelsList(const cv::Mat& image, const cv::Mat& mask_image,
                                        const Config::ComputeLabelsListConfig& config);
 
@@ -90,7 +95,8 @@ class VORUND_EXPORT FloorplanSegmenter {
     ///                     use them afterwards.
     /// @return `CV_8UC1` label image, 0 = background, 255 = line or out of reach; and its largest
     ///         value.
-    /// @throws std::runtime_error  if there is no scale, and whatever the tracking rejects.
+    /// @throws std::runtime_error  if there is no scale, if the lists differ in length, if a label
+    ///         image is not `CV_8UC1`, and whatever the tracking rejects.
     std::pair<cv::Mat, int> overSegment(const cv::Mat& ridge_image, const LabelsListResult& labels,
                                         const Config::OverSegmentConfig& config);
 

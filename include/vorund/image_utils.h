@@ -62,10 +62,12 @@ class VORUND_EXPORT ImageUtils {
 
     /// Dilation with a square of `kernel_size` pixels a side, `iterations` times. What lies beyond
     /// the edge of the image never spreads into it, also where the image is a view of a larger one.
+    /// @param kernel_size  >= 1, else OpenCV throws.
+    /// @param iterations   0 copies.
     static cv::Mat dilateBinary(const cv::Mat& image, int kernel_size, int iterations);
 
     /// Margins around the content of a map, widened by `padding` pixels on each side. Content is
-    /// every pixel that differs from the top left one.
+    /// every pixel that differs from the top left one. Negative padding shrinks the rectangle.
     /// @param image  `CV_32FC1`, compared as bytes: values times 255 that round to the same byte
     ///               count as equal.
     /// @throws std::runtime_error  if the image is empty, uniform, or of another type.
@@ -73,6 +75,7 @@ class VORUND_EXPORT ImageUtils {
 
     /// The kept rectangle as a view that shares its pixels with `image` (any type).
     /// @throws std::runtime_error  if the image is empty or nothing is kept.
+    /// @throws cv::Exception  if a negative margin reaches beyond the image.
     static cv::Mat cropBackground(const cv::Mat& image, const CropInfo& crop);
 
     /// The image put back into one of the full size that holds `fill` elsewhere. A full size that
@@ -82,10 +85,11 @@ class VORUND_EXPORT ImageUtils {
 
     /// A copy in which `from_value` is replaced by `to_value`. `CV_8UC1` stays, and the low 8 bits
     /// of both values count; any other image becomes `CV_32S`, rounded.
-    /// @param from_value  -1 stands for the largest value of the image.
+    /// @param from_value  -1 stands for the largest value of the image, truncated.
     static cv::Mat remapBorder(const cv::Mat& image, int from_value, int to_value);
 
-    /// Keeps the connected regions of non-zero pixels whose area reaches a threshold: `min_size`
+    /// Keeps the connected regions of non-zero pixels (value times 255, rounded) whose area reaches
+    /// a threshold: `min_size`
     /// ("fixed"), or the mean or median area of the regions present. Prints the threshold on the
     /// plain output.
     /// @param image  Binary map, `CV_32FC1` with 0 and 1 or `CV_8UC1` with 0 and 255.

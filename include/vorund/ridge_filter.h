@@ -23,6 +23,7 @@ VORUND_EXPORT int getCvBorderType(const std::string& mode);
 /// 2r + 1 rows: r = 8 sigma, or 100 sigma for sigma <= 1, truncated. It is not normalised. Any
 /// other order gives zeros.
 /// @param size  Not used; the length follows from `sigma`.
+/// @throws std::runtime_error  if `sigma` is not a number or above 125000.
 VORUND_EXPORT cv::Mat getGaussianKernel1D(int size, double sigma, int order);
 
 /// Eigenvalues `lambda1` >= `lambda2` of the symmetric matrix [[a, b], [b, c]].
@@ -31,7 +32,10 @@ VORUND_EXPORT void computeEigenvalues2x2Sorted(float a, float b, float c, float&
 
 /// Ridge strength: the largest response over the scales, each scaled to a maximum of 1.
 /// @param image  `CV_32FC1` with 0 to 1, or `CV_8UC1` with 0 to 255; one channel.
+/// Other depths are taken as they are, unscaled.
 /// @return `CV_32FC1` of the same size, values 0 to 1; all 0 if no scale is positive.
+/// @throws std::runtime_error  for a scale that `getGaussianKernel1D` rejects.
+/// @throws cv::Exception       for the mode "wrap", see `getCvBorderType`.
 VORUND_EXPORT cv::Mat generateRidgeMapMeijering(
     const cv::Mat& image, const Config::GenerateRidgeMapMeijeringConfig& config);
 

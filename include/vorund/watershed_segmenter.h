@@ -36,7 +36,9 @@ class VORUND_EXPORT WatershedSegmenter {
     /// @param mask      `CV_8UC1` of the same size; where it is not 0 the labels become 255.
     /// @param sigma     Standard deviation of the Gaussian, > 0. [pixels]
     /// @param debugger  Gets a picture of the four steps; may be empty.
-    /// @throws std::runtime_error  if the map is not `CV_32FC1`.
+    /// @throws std::runtime_error  if the map is a float image but not `CV_32FC1`.
+    /// @throws cv::Exception       for types that OpenCV does not blur, for an empty map, and for a
+    ///         mask that is smaller than the map.
     static GaussianSeedsResult generateGaussianSeedsSkimage(
         const cv::Mat& image, const cv::Mat& mask, double sigma,
         const Config::GenerateGaussianSeedsSkimageConfig& config,
@@ -48,15 +50,17 @@ class VORUND_EXPORT WatershedSegmenter {
     ///
     /// Seeds all have age 0; among seeds of equal value the order is that of the binary heap.
     /// With lines, a pixel that touches two labels stays unlabelled but hands its label on; with
-    /// 8-connectivity it hands each label on only once, which bounds the queue.
+    /// 8-connectivity it hands each label on only once, which bounds the queue. (With 4 it hands on
+    /// at every pop; lines seldom lie side by side then.)
     ///
     /// @param image           One channel of any depth: the cost.
-    /// @param markers         `CV_32S` of the same size (neither is checked): > 0 = seed, else to
-    ///                        be flooded. Left as it is.
+    /// @param markers         `CV_32S` of the same size: > 0 = seed, else to be flooded. Left as it
+    ///                        is.
     /// @param connectivity    4 or 8.
     /// @param watershed_line  Leave one-pixel lines between labels.
     /// @return `CV_32S`: labels; pixels on lines or out of reach keep their marker.
-    /// @throws std::runtime_error  for any other connectivity.
+    /// @throws std::runtime_error  for any other connectivity, for other markers, and if the queue
+    ///         takes 2^31 items.
     static cv::Mat executeSkimageWatershed(const cv::Mat& image, cv::Mat& markers, int connectivity,
                                            bool watershed_line);
 

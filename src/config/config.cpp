@@ -1,6 +1,10 @@
 #include "vorund/config.h"
 
+#include <sys/stat.h>
+
 #include <exception>
+#include <limits>
+#include <stdexcept>
 #include <utility>
 
 #include "config/yaml_warning.h"
@@ -10,6 +14,8 @@
 
 namespace vorund {
 namespace {
+
+constexpr int kNoWeight = std::numeric_limits<int>::min();
 
 void print(const std::string& line) {
     internal::consoleLine(LogLevel::INFO, "[Config] " + line);
@@ -73,10 +79,12 @@ class Group {
         }
         for (const auto& entry : entries) {
             const auto name = entry.first.as<std::string>();
-            // A weight that is missing counts as 1, so one that cannot be read does as well.
-            const auto known = field.emplace(name, 1).first;
-            known->second = getYamlValue(entry.second, known->second);
-            print(indent_ + "  " + name + ": " + valueText(known->second));
+            const auto known = field.find(name);
+            const int value =
+                getYamlValue(entry.second, known == field.end() ? kNoWeight : known->second);
+            if (value == kNoWeight) continue;
+            field[name] = value;
+            print(indent_ + "  " + name + ": " + valueText(value));
         }
     }
 
@@ -189,10 +197,19 @@ void readDetails(const Group& root, Config& config) {
         .read("length_threshold", config.merge_edges_in_place.length_threshold);
 }
 
+/// Before yaml-cpp opens it: its reader leaks its buffer when reading fails.
+void refuseDirectory(const std::string& path) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) {
+        throw std::runtime_error("is a directory");
+    }
+}
+
 }  // namespace
 
 bool Config::loadFromYaml(const std::string& path) {
     try {
+        refuseDirectory(path);
         const Group root(YAML::LoadFile(path));
         print("# Control Panel");
         readControlPanel(root, *this);

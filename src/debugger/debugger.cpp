@@ -27,6 +27,7 @@ std::int64_t nanosecondsSinceEpoch() {
 std::string formatLocalTime(std::int64_t nanoseconds, const char* pattern) {
     const std::time_t seconds = nanoseconds / kNanosecondsPerSecond;
     std::tm local{};
+    tzset();  // Which localtime_r, unlike localtime, need not call.
     localtime_r(&seconds, &local);
     internal::TextStream text;
     text << std::put_time(&local, pattern);
@@ -35,6 +36,14 @@ std::string formatLocalTime(std::int64_t nanoseconds, const char* pattern) {
 
 bool hasPixels(const cv::Mat& image) {
     return image.data != nullptr && image.total() > 0;
+}
+
+/// Windows do not take 32-bit integers; labels fit into 8 bits, as in the files.
+cv::Mat showable(const cv::Mat& image) {
+    if (image.depth() != CV_32S) return image;
+    cv::Mat bytes;
+    image.convertTo(bytes, CV_8U);
+    return bytes;
 }
 
 }  // namespace
@@ -151,7 +160,7 @@ void Debugger::show(const std::string& window_name, const cv::Mat& image) {
         return;
     }
     try {
-        cv::imshow(window_name, image);
+        cv::imshow(window_name, showable(image));
         cv::waitKey(1);
     } catch (const cv::Exception& error) {
         // OpenCV may be built without windows, or with ones that fail: no reason to end a run.

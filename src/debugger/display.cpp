@@ -5,7 +5,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <string>
 
@@ -14,7 +16,7 @@
 namespace vorund {
 namespace {
 
-constexpr int kAnswerTimeoutMs = 3000;
+constexpr std::chrono::seconds kAnswerTimeout{3};
 
 using XcbConnect = void* (*)(const char* display, int* screen);
 using XcbConnectionHasError = int (*)(void* connection);
@@ -45,10 +47,14 @@ Xcb loadXcb() {
 }
 
 bool readAnswer(int read_end) {
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point deadline = Clock::now() + kAnswerTimeout;
     pollfd waiting{read_end, POLLIN, 0};
     int ready = 0;
     do {
-        ready = poll(&waiting, 1, kAnswerTimeoutMs);
+        const auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
+        ready = poll(&waiting, 1, std::max(static_cast<int>(left.count()), 0));
     } while (ready < 0 && errno == EINTR);
     char answer = 'n';
     return ready == 1 && read(read_end, &answer, 1) == 1 && answer == 'y';

@@ -1,6 +1,8 @@
 #include "vorund/floorplan_segmenter.h"
 
-#include <set>
+#include <algorithm>
+#include <array>
+#include <cstddef>
 
 #include "floor_plan_segmenter/observation.h"
 #include "internal/console.h"
@@ -26,22 +28,24 @@ void swapBackgroundAndUnreached(cv::Mat& labels) {
     for (int row = 0; row < labels.rows; ++row) {
         std::uint8_t* const label = labels.ptr<std::uint8_t>(row);
         for (int col = 0; col < labels.cols; ++col) {
-            if (label[col] == 0 || label[col] == 255) {
-                label[col] = static_cast<std::uint8_t>(255 - label[col]);
+            if (label[col] == 0) {
+                label[col] = kUnreached;
+            } else if (label[col] == kBackgroundSeed) {
+                label[col] = 0;
             }
         }
     }
 }
 
-std::size_t countRooms(const cv::Mat& labels) {
-    std::set<int> rooms;
+std::ptrdiff_t countRooms(const cv::Mat& labels) {
+    std::array<bool, 256> seen{};
     for (int row = 0; row < labels.rows; ++row) {
         const std::uint8_t* const label = labels.ptr<std::uint8_t>(row);
-        rooms.insert(label, label + labels.cols);
+        for (int col = 0; col < labels.cols; ++col) seen[label[col]] = true;
     }
-    rooms.erase(0);
-    rooms.erase(kUnreached);
-    return rooms.size();
+    seen[0] = false;
+    seen[kUnreached] = false;
+    return std::count(seen.begin(), seen.end(), true);
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+
 #include "vorund/floorplan_segmenter.h"
 
 namespace vorund::internal {
@@ -11,9 +13,9 @@ inline void observe(const StageObserver& observer, const char* stage, int done, 
     }
 }
 
-/// The length of the series of scales, unless one without a seed ends it earlier.
+/// The length of the series of scales, unless one without a seed ends it earlier; perhaps 0.
 inline int mostScales(const Config::ComputeLabelsListConfig& config) {
-    return config.sigma_step != 0.0 ? config.max_iter : 1;
+    return config.sigma_step != 0.0 ? std::max(config.max_iter, 0) : 1;
 }
 
 }  // namespace vorund::internal

@@ -10,7 +10,7 @@ namespace {
 /// Background 255 becomes 0, and what was no seed gets a label one above the last seed's, in 8
 /// bits. In place: the images share their pixels with the caller's.
 void numberBackground(cv::Mat& seed_map, int ncc) {
-    const auto above_last = static_cast<std::uint8_t>(ncc + 1);
+    const auto above_last = static_cast<std::uint8_t>(static_cast<unsigned>(ncc) + 1U);
     for (int row = 0; row < seed_map.rows; ++row) {
         std::uint8_t* const label = seed_map.ptr<std::uint8_t>(row);
         for (int col = 0; col < seed_map.cols; ++col) {
@@ -23,16 +23,26 @@ void numberBackground(cv::Mat& seed_map, int ncc) {
     }
 }
 
+/// Before any image is changed.
+void requireSeedMaps(const std::vector<cv::Mat>& seed_maps, const std::vector<int>& ncc_list) {
+    internal::require(!seed_maps.empty(), "overSegment: labels_list is empty.");
+    internal::require(seed_maps.size() == ncc_list.size(),
+                      "overSegment: labels_list and ncc_list have different lengths.");
+    for (const cv::Mat& seed_map : seed_maps) {
+        internal::require(seed_map.type() == CV_8UC1, "overSegment: Labels must be CV_8UC1.");
+    }
+}
+
 }  // namespace
 
 std::pair<cv::Mat, int> FloorplanSegmenter::overSegment(const cv::Mat& ridge_image,
                                                         const LabelsListResult& labels,
                                                         const Config::OverSegmentConfig& config) {
     std::vector<cv::Mat> seed_maps = labels.labels_list;
+    requireSeedMaps(seed_maps, labels.ncc_list);
     for (std::size_t i = 0; i < seed_maps.size(); ++i) {
-        numberBackground(seed_maps[i], labels.ncc_list.at(i));
+        numberBackground(seed_maps[i], labels.ncc_list[i]);
     }
-    internal::require(!seed_maps.empty(), "overSegment: labels_list is empty.");
 
     const auto mappers =
         OverSegmentProcessor::findConsistentGlobalLabels(labels.sigma_list, seed_maps, debugger_);

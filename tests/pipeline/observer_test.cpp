@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "support/captures.h"
+#include "support/drawn_plans.h"
 #include "support/mat_matchers.h"
-#include "support/plans.h"
 #include "vorund/floorplan_segmenter.h"
 
 namespace vorund {

@@ -13,10 +13,11 @@
 #include <vector>
 
 #include "support/captures.h"
+#include "support/drawn_plans.h"
 #include "support/label_grid.h"
 #include "support/mat_matchers.h"
-#include "support/plans.h"
 #include "vorund/floorplan_segmenter.h"
+#include "vorund/ridge_filter.h"
 
 namespace vorund {
 namespace {
@@ -24,9 +25,9 @@ namespace {
 using test::asView;
 using test::ConsoleCapture;
 using test::ConsoleLine;
+using test::DrawnPlan;
 using test::MatEq;
 using test::PlainCapture;
-using test::Plan;
 using test::TempDir;
 using ::testing::Contains;
 using ::testing::ElementsAre;
@@ -84,7 +85,7 @@ std::set<int> roomsOf(const cv::Mat& segments) {
 }
 
 /// Asserts that the points of each room share a label that no other room has.
-void expectARoomEach(const Plan& plan, const cv::Mat& segments) {
+void expectARoomEach(const DrawnPlan& plan, const cv::Mat& segments) {
     std::vector<int> labels(plan.rooms.size(), kBackground);
     for (std::size_t i = 0; i < plan.inside.size(); ++i) {
         const int label = segments.at<std::uint8_t>(plan.inside[i]);
@@ -99,7 +100,7 @@ void expectARoomEach(const Plan& plan, const cv::Mat& segments) {
 }
 
 TEST_F(WholeRun, FindsTwoRoomsThatShareADoor) {
-    const Plan plan = test::twoRooms();
+    const DrawnPlan plan = test::twoRooms();
     const cv::Mat before = plan.map.clone();
     const cv::Mat segments = segment(plan.map);
     EXPECT_EQ(segments.type(), CV_8UC1);
@@ -109,7 +110,7 @@ TEST_F(WholeRun, FindsTwoRoomsThatShareADoor) {
 }
 
 TEST_F(WholeRun, FindsSixRoomsAndAPieceOfTheirCorridorPerPairOfDoors) {
-    const Plan plan = test::corridorWithSixRooms();
+    const DrawnPlan plan = test::corridorWithSixRooms();
     const cv::Mat segments = segment(plan.map);
     expectARoomEach(plan, segments);
     EXPECT_EQ(roomsOf(segments).size(), 9U);
@@ -117,7 +118,7 @@ TEST_F(WholeRun, FindsSixRoomsAndAPieceOfTheirCorridorPerPairOfDoors) {
 }
 
 TEST_F(WholeRun, GivesWallsToTheBackground) {
-    for (const Plan& plan : {test::twoRooms(), test::corridorWithSixRooms()}) {
+    for (const DrawnPlan& plan : {test::twoRooms(), test::corridorWithSixRooms()}) {
         const cv::Mat segments = segment(plan.map);
         cv::Mat walls_with_a_label;
         cv::bitwise_and(segments != kBackground, plan.map == 1.0, walls_with_a_label);
@@ -148,7 +149,7 @@ TEST_F(WholeRun, ReadsAViewLikeItsCopy) {
 }
 
 TEST_F(WholeRun, DoesNotDependOnTheWidthOfTheMargin) {
-    const Plan plan = test::twoRooms();
+    const DrawnPlan plan = test::twoRooms();
     cv::Mat wide;
     cv::copyMakeBorder(plan.map, wide, 30, 7, 11, 40, cv::BORDER_CONSTANT, cv::Scalar(1.0));
     const cv::Mat segments = segment(wide);
@@ -306,7 +307,7 @@ TEST_F(WholeRun, FillsTheLinesBetweenRoomsAndKeepsWallsAsBackground) {
 }
 
 TEST_F(WholeRun, PutsTheCropBackAndTakesTheLargestLabelAsUnreached) {
-    const Plan plan = test::twoRooms();
+    const DrawnPlan plan = test::twoRooms();
     const cv::Mat segments = segmentWithPictures(plan.map);
     EXPECT_THAT(picture("90cpp_final_segmented_map"), MatEq(segments));
     double largest = 0.0;
@@ -324,14 +325,47 @@ TEST_F(WholeRun, PutsTheCropBackAndTakesTheLargestLabelAsUnreached) {
     EXPECT_THAT(segments, MatEq(expected));
 }
 
+TEST_F(WholeRun, GivesEachStageTheImageItIsMeantFor) {
+    const cv::Mat map = test::corridorWithSixRooms().map;
+    segmentWithPictures(map);
+    std::vector<std::string> lines;
+    for (const std::string& text : console_.texts("INFO")) {
+        if (text.rfind("[computeLabelsList] iter: ", 0) == 0) lines.push_back(text);
+    }
+    console_.clear();
+
+    const Config config;
+    FloorplanSegmenter segmenter(config, Debugger::create(debuggerConfig()));
+    const cv::Mat denoised =
+        segmenter.generateDenoisedAlone(map, config.generate_denoised_alone).first;
+    const cv::Mat dilated = ImageUtils::dilateBinary(denoised, config.dilate_binary.kernel_size,
+                                                     config.dilate_binary.iterations);
+    // Ridges and boundary are those of the map before its dilation, the scales those of after.
+    const cv::Mat ridges =
+        RidgeFilter::generateRidgeMapMeijering(denoised, config.generate_ridge_map_meijering);
+    const cv::Mat boundary = RidgeFilter::generateBoundaryFromDilated(denoised);
+    console_.clear();
+    const LabelsListResult scales =
+        segmenter.computeLabelsList(dilated, denoised, config.compute_labels_list);
+    EXPECT_EQ(console_.texts(), lines);
+    const auto [rooms, largest] = segmenter.overSegment(ridges, scales, config.over_segment);
+
+    EXPECT_THAT(picture("14cpp_rank_denoised"), MatEq(Debugger::prepareImageForSaving(denoised)));
+    EXPECT_THAT(picture("20cpp_binary_dilated"), MatEq(Debugger::prepareImageForSaving(dilated)));
+    EXPECT_THAT(picture("30cpp_ridges"), MatEq(Debugger::prepareImageForSaving(ridges)));
+    EXPECT_THAT(picture("31cpp_boundary"), MatEq(Debugger::prepareImageForSaving(boundary)));
+    EXPECT_THAT(picture("54cpp_over_segmented"), MatEq(rooms));
+}
+
 TEST_F(WholeRun, CountsNoRegionWhereNoSeedIsLeft) {
     // No label lives for that many scales.
     Config config;
     config.over_segment.generate_map_initial_seeds.filter_threshold = 100000;
-    const Plan plan = test::twoRooms();
+    const DrawnPlan plan = test::twoRooms();
     const cv::Mat segments = segment(plan.map, config);
-    EXPECT_EQ(segments.size(), plan.map.size());
     EXPECT_THAT(roomsOf(segments), IsEmpty());
+    // The background floods everything, so 0 is the largest label, the one that becomes 255.
+    EXPECT_THAT(segments, MatEq(cv::Mat(plan.map.size(), CV_8UC1, cv::Scalar(kUnreached))));
     ASSERT_FALSE(console_.texts().empty());
     EXPECT_EQ(console_.texts().back(), "Segment finish with 0 regions");
 }

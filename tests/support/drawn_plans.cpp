@@ -1,4 +1,4 @@
-#include "support/plans.h"
+#include "support/drawn_plans.h"
 
 namespace vorund::test {
 namespace {
@@ -10,7 +10,7 @@ constexpr int kDoor = 18;
 constexpr int kRoomSide = 60;
 constexpr int kCorridorWidth = 32;
 
-void addRoom(Plan& plan, const cv::Rect& room) {
+void addRoom(DrawnPlan& plan, const cv::Rect& room) {
     plan.map(room).setTo(0.0);
     const int index = static_cast<int>(plan.rooms.size());
     plan.rooms.push_back(room);
@@ -23,16 +23,16 @@ void addRoom(Plan& plan, const cv::Rect& room) {
     }
 }
 
-Plan walls(int width, int height) {
-    Plan plan;
+DrawnPlan walls(int width, int height) {
+    DrawnPlan plan;
     plan.map = cv::Mat(height, width, CV_32FC1, cv::Scalar(1.0));
     return plan;
 }
 
 }  // namespace
 
-Plan twoRooms() {
-    Plan plan = walls(2 * kMargin + 2 * kRoomSide + kWall, 2 * kMargin + kRoomSide);
+DrawnPlan twoRooms() {
+    DrawnPlan plan = walls(2 * kMargin + 2 * kRoomSide + kWall, 2 * kMargin + kRoomSide);
     const cv::Rect left(kMargin, kMargin, kRoomSide, kRoomSide);
     addRoom(plan, left);
     addRoom(plan, left + cv::Point(kRoomSide + kWall, 0));
@@ -41,12 +41,12 @@ Plan twoRooms() {
     return plan;
 }
 
-Plan corridorWithSixRooms() {
+DrawnPlan corridorWithSixRooms() {
     constexpr int kLength = 3 * kRoomSide + 2 * kWall;
     constexpr int kAbove = kMargin;
     constexpr int kCorridor = kAbove + kRoomSide + kWall;
     constexpr int kBelow = kCorridor + kCorridorWidth + kWall;
-    Plan plan = walls(kLength + 2 * kMargin, kBelow + kRoomSide + kMargin);
+    DrawnPlan plan = walls(kLength + 2 * kMargin, kBelow + kRoomSide + kMargin);
     for (int column = 0; column < 3; ++column) {
         const int left = kMargin + column * (kRoomSide + kWall);
         const int door_left = left + (kRoomSide - kDoor) / 2;

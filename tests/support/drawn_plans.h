@@ -6,7 +6,7 @@
 namespace vorund::test {
 
 /// A floor map drawn by the test, and points that stand for its rooms.
-struct Plan {
+struct DrawnPlan {
     cv::Mat map;                    ///< `CV_32FC1`: 1 = wall or outside, 0 = floor.
     std::vector<cv::Rect> rooms;    ///< The floor of each room, doors left out.
     std::vector<cv::Point> inside;  ///< Points well inside the rooms, several for each.
@@ -14,11 +14,11 @@ struct Plan {
 };
 
 /// Two rooms of 3 m by 3 m with a door of 0.9 m in the wall of 0.2 m between them.
-Plan twoRooms();
+DrawnPlan twoRooms();
 
 /// A corridor, 9.4 m long and 1.6 m wide, with three rooms on either side, each with a door of 0.9
 /// m opposite another one. A pair of doors widens the corridor, so its core lies there at every
 /// scale and the corridor is three of the plan's nine rooms, one per pair.
-Plan corridorWithSixRooms();
+DrawnPlan corridorWithSixRooms();
 
 }  // namespace vorund::test
