@@ -1,0 +1,123 @@
+#include "arguments.h"
+
+#include <CLI/CLI.hpp>
+
+namespace vorund::app {
+namespace {
+
+constexpr char kDescription[] = "Divides a robot's floor map into rooms.";
+constexpr char kStatuses[] =
+    "Exit status: 0 success, 1 failure (one line on standard error tells the file and the cause),\n"
+    "2 wrong usage, 130 or 143 interrupted.";
+
+/// What the options that need a second look were given.
+struct Raw {
+    std::string free;
+    std::string values = "map";
+    bool verbose = false;
+    bool quiet = false;
+    bool version = false;
+};
+
+const CLI::Validator& notEmpty() {
+    static const CLI::Validator validator(
+        [](std::string& text) { return text.empty() ? std::string("must not be empty") : ""; }, "");
+    return validator;
+}
+
+void addSettings(CLI::App& command, SettingsArguments& settings) {
+    command.add_option("--config", settings.file, "YAML file of settings")
+        ->check(notEmpty())
+        ->type_name("FILE");
+    // One value each: a map may follow.
+    command
+        .add_option("--set", settings.sets,
+                    "one setting, for example dilate_binary/iterations=2; may stand several times")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->type_name("KEY=VALUE");
+}
+
+void addSegment(CLI::App& app, Arguments& arguments, Raw& raw) {
+    CLI::App& command = *app.add_subcommand("segment", "Find the rooms of a map");
+    command
+        .add_option("MAP", arguments.map,
+                    "map_server YAML file, or an image at 0.05 m per pixel with light floor")
+        ->required()
+        ->check(notEmpty());
+    command
+        .add_option("--out", arguments.output_dir,
+                    "directory for segments.png (0 background, 1 to 254 rooms, 255 floor that no "
+                    "room reached) and segments_color.png")
+        ->required()
+        ->check(notEmpty())
+        ->type_name("DIR");
+    addSettings(command, arguments.settings);
+    command.add_option("--free", raw.free, "which end of the grey scale is floor: white or black")
+        ->check(CLI::IsMember({"white", "black"}))
+        ->type_name("COLOUR");
+    command
+        .add_option("--values", raw.values,
+                    "map: pixels are floor, wall or unknown by the map's thresholds; raw: they are "
+                    "the values to segment, walls high")
+        ->check(CLI::IsMember({"map", "raw"}))
+        ->type_name("KIND");
+    command.add_flag("--save-images", arguments.save_images,
+                     "keep the image of every stage and a log in DIR/debug");
+    command.add_flag("--show-images", arguments.show_images,
+                     "show the image of every stage and wait for a key at the end");
+    CLI::Option* const quiet =
+        command.add_flag("--quiet", raw.quiet, "tell errors alone on standard error");
+    command.add_flag("--verbose", raw.verbose, "tell all that the library says")->excludes(quiet);
+}
+
+Verbosity verbosity(const Raw& raw) {
+    if (raw.quiet) return Verbosity::kQuiet;
+    return raw.verbose ? Verbosity::kVerbose : Verbosity::kNormal;
+}
+
+rooms::MapReadOptions readOptions(const Raw& raw) {
+    rooms::MapReadOptions options;
+    if (raw.values == "raw") {
+        if (!raw.free.empty()) {
+            throw UsageError("--free has no meaning with --values raw: walls are high there");
+        }
+        options.values = rooms::PixelValues::kRaw;
+    }
+    if (raw.free == "white") options.free = rooms::FreeColour::kWhite;
+    if (raw.free == "black") options.free = rooms::FreeColour::kBlack;
+    return options;
+}
+
+}  // namespace
+
+Arguments parseArguments(int argc, const char* const* argv) {
+    Arguments arguments;
+    Raw raw;
+    CLI::App app(kDescription, "vorund");
+    app.footer(kStatuses);
+    app.require_subcommand(0, 1);
+    app.add_flag("--version", raw.version, "print the version and exit");
+    addSegment(app, arguments, raw);
+    CLI::App& config = *app.add_subcommand("config", "Print the settings in force as YAML");
+    addSettings(config, arguments.settings);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp&) {
+        arguments.text = app.help();
+        return arguments;
+    } catch (const CLI::ParseError& error) {
+        throw UsageError(error.what());
+    }
+    if (raw.version) {
+        arguments.text = "vorund " VORUND_VERSION "\n";
+        return arguments;
+    }
+    if (app.get_subcommands().empty()) throw UsageError("a command is needed: segment or config");
+    arguments.command = app.got_subcommand(&config) ? Command::kConfig : Command::kSegment;
+    arguments.reading = readOptions(raw);
+    arguments.verbosity = verbosity(raw);
+    return arguments;
+}
+
+}  // namespace vorund::app

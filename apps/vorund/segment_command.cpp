@@ -1,0 +1,163 @@
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <iomanip>
+#include <locale>
+#include <memory>
+#include <opencv2/highgui.hpp>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+
+#include "commands.h"
+#include "interrupts.h"
+#include "report.h"
+#include "settings_in_force.h"
+#include "silent_standard_error.h"
+#include "vorund/debugger.h"
+#include "vorund/floorplan_segmenter.h"
+#include "vorund/rooms/file_output.h"
+#include "vorund/rooms/grid_map.h"
+#include "vorund/rooms/map_reader.h"
+#include "vorund/rooms/room_picture.h"
+#include "vorund/rooms/segment_map.h"
+
+namespace vorund::app {
+namespace {
+
+constexpr char kDebugDirectory[] = "debug";
+constexpr char kWindow[] = "vorund: rooms";
+
+void stopIfInterrupted(const std::string& map) {
+    if (notedInterrupt() != 0) throw Interrupted(map + ": interrupted, nothing is written");
+}
+
+rooms::GridMap readMap(const Arguments& arguments) {
+    const SilentStandardError silence(arguments.verbosity != Verbosity::kVerbose);
+    try {
+        return rooms::readMap(arguments.map, arguments.reading);
+    } catch (const rooms::MapError&) {
+        throw;  // Names the file itself.
+    } catch (const std::exception& error) {
+        throw std::runtime_error(arguments.map + ": " + causeOf(error));
+    }
+}
+
+DebuggerConfig debuggerConfig(const Arguments& arguments, const Config& config,
+                              rooms::FileOutput& output, Terminal& terminal) {
+    DebuggerConfig debugger;
+    debugger.save_images = arguments.save_images || config.debug.save_images;
+    debugger.show_images = arguments.show_images || config.debug.show_images;
+    if (debugger.show_images && !displayAvailable()) {
+        terminal.warn("no display can be had: no images are shown");
+        debugger.show_images = false;
+    }
+    if (debugger.save_images) debugger.output_dir = output.openDirectory(kDebugDirectory);
+    return debugger;
+}
+
+StageObserver observer(Terminal& terminal) {
+    return [&terminal](const std::string& stage, int done, int total) {
+        const bool counts = total > 1 && done > 0;
+        terminal.progress(stage + (counts ? " " + std::to_string(done) : "") + " ...");
+        return notedInterrupt() == 0 && terminal.firstError().empty();
+    };
+}
+
+struct Result {
+    cv::Mat labels;
+    cv::Mat picture;
+};
+
+/// The debugger, and with it the log file, is closed when this returns.
+Result segment(const rooms::GridMap& map, const Config& config, const DebuggerConfig& diagnostics,
+               Terminal& terminal) {
+    // On a full disk the encoder has its say too.
+    const bool hides_encoder =
+        diagnostics.save_images && terminal.verbosity() != Verbosity::kVerbose;
+    const SilentStandardError silence(hides_encoder);
+    const std::shared_ptr<Debugger> debugger = Debugger::create(diagnostics);
+    if (diagnostics.save_images) debugger->initLog();
+    FloorplanSegmenter segmenter(config, debugger);
+    const cv::Mat labels = rooms::segmentMap(map, segmenter, observer(terminal));
+    terminal.clearProgress();
+    return {labels, rooms::drawRooms(map.picture, labels)};
+}
+
+/// Fails by what the library logged as an error: that an image of a stage could not be written.
+void failIfErrorsWereLogged(const std::string& output_dir, const DebuggerConfig& diagnostics,
+                            const Terminal& terminal) {
+    std::string error = terminal.firstError();
+    if (error.empty()) return;
+    // The place that the user would find it in, not the temporary one.
+    const std::size_t place = error.find(diagnostics.output_dir);
+    if (diagnostics.save_images && place != std::string::npos) {
+        error.replace(place, diagnostics.output_dir.size(), output_dir + "/" + kDebugDirectory);
+    }
+    throw std::runtime_error(output_dir + ": " + error);
+}
+
+Result segmentOrFail(const Arguments& arguments, const rooms::GridMap& map, const Config& config,
+                     const DebuggerConfig& diagnostics, Terminal& terminal) {
+    Result result;
+    try {
+        result = segment(map, config, diagnostics, terminal);
+    } catch (const Cancelled&) {
+        stopIfInterrupted(arguments.map);  // Else an error was logged.
+    } catch (const std::exception& error) {
+        throw std::runtime_error(arguments.map + ": " + causeOf(error));
+    }
+    failIfErrorsWereLogged(arguments.output_dir, diagnostics, terminal);
+    return result;
+}
+
+int countRooms(const cv::Mat& labels) {
+    std::array<bool, 256> present{};
+    for (int row = 0; row < labels.rows; ++row) {
+        const auto* const line = labels.ptr<std::uint8_t>(row);
+        std::for_each(line, line + labels.cols, [&](std::uint8_t label) { present[label] = true; });
+    }
+    return static_cast<int>(std::count(present.begin() + 1, present.end() - 1, true));
+}
+
+std::string summary(const rooms::GridMap& map, const cv::Mat& labels, double seconds) {
+    const int rooms = countRooms(labels);
+    std::ostringstream text;
+    text.imbue(std::locale::classic());
+    text << std::fixed << std::setprecision(1) << rooms << (rooms == 1 ? " room, " : " rooms, ")
+         << labels.cols << " x " << labels.rows << " pixels (" << labels.cols * map.resolution
+         << " m x " << labels.rows * map.resolution << " m), " << std::setprecision(2) << seconds
+         << " s\n";
+    return text.str();
+}
+
+void showUntilKey(const cv::Mat& picture) {
+    constexpr int kPollMs = 100;  // An interrupt does not end the wait of a window.
+    cv::imshow(kWindow, picture);
+    while (cv::waitKey(kPollMs) < 0 && notedInterrupt() == 0) {
+        if (cv::getWindowProperty(kWindow, cv::WND_PROP_VISIBLE) < 1.0) return;
+    }
+}
+
+}  // namespace
+
+void runSegment(const Arguments& arguments, Terminal& terminal) {
+    const auto start = std::chrono::steady_clock::now();
+    noteInterrupts();
+    const Config config = settingsInForce(arguments.settings, terminal);
+    const rooms::GridMap map = readMap(arguments);
+    // Before the long computation, so that a directory that cannot be written to is told at once.
+    rooms::FileOutput output(arguments.output_dir);
+    const DebuggerConfig diagnostics = debuggerConfig(arguments, config, output, terminal);
+    const Result result = segmentOrFail(arguments, map, config, diagnostics, terminal);
+    output.writeImage("segments.png", result.labels);
+    output.writeImage("segments_color.png", result.picture);
+    stopIfInterrupted(arguments.map);
+    output.commit();
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+    printResult(summary(map, result.labels, elapsed.count()));
+    if (diagnostics.show_images) showUntilKey(result.picture);
+}
+
+}  // namespace vorund::app

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "arguments.h"
+#include "terminal.h"
+#include "vorund/config.h"
+
+namespace vorund::app {
+
+/// The defaults, over them the file, over them the single settings. Warnings go to the terminal.
+/// @throws UsageError           for a single setting that cannot be used.
+/// @throws rooms::SettingError  for the file.
+Config settingsInForce(const SettingsArguments& arguments, Terminal& terminal);
+
+}  // namespace vorund::app
