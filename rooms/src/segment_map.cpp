@@ -72,6 +72,16 @@ cv::Mat run(const cv::Mat& values, FloorplanSegmenter& segmenter, const StageObs
     }
 }
 
+/// Walls may vanish in the cleaning, for example, and then no seed ever starts.
+void requireRooms(const cv::Mat& labels) {
+    const cv::Mat rooms = (labels != 0) & (labels != 255);
+    if (cv::countNonZero(rooms) == 0) {
+        throw MapError(
+            "no room found: no region of floor lives long enough over the scales (see "
+            "generate_denoised_alone and filter_threshold in over_segment)");
+    }
+}
+
 cv::Mat runInRim(const cv::Mat& values, FloorplanSegmenter& segmenter,
                  const StageObserver& observer) {
     cv::Mat rimmed;
@@ -96,6 +106,7 @@ cv::Mat segmentMap(const GridMap& map, FloorplanSegmenter& segmenter,
     const bool needs_rim = !map.raw && hasFloorAtTheEdge(working);
     const cv::Mat labels =
         needs_rim ? runInRim(working, segmenter, observer) : run(working, segmenter, observer);
+    requireRooms(labels);
     return resampling.labelsToMap(labels, map.values);
 }
 

@@ -205,6 +205,15 @@ TEST_F(SegmentMap, TellsThatRawValuesHaveNoContent) {
                                         "threshold of generate_denoised_alone"));
 }
 
+TEST_F(SegmentMap, TellsThatNoRegionIsLeft) {
+    Config config;
+    config.generate_denoised_alone.components_in_remove_small_connected_components.min_size =
+        1'000'000'000;  // Every wall vanishes.
+    EXPECT_THAT([&] { segment(mapOf(9.8, 5.6, kTwoRooms), config); },
+                ThrowsMessage<MapError>(StartsWith(
+                    "no room found: no region of floor lives long enough over the scales")));
+}
+
 TEST_F(SegmentMap, LetsOtherErrorsOfTheCorePass) {
     Config config;
     config.generate_denoised_alone.components_out_remove_small_connected_components.method = "odd";
