@@ -194,6 +194,8 @@ cv::Mat ImageUtils::uncropBackground(const cv::Mat& image, const CropInfo& crop,
     const bool nothing = image.empty() && margin_x == 0 && margin_y == 0;
     if (nothing || width <= 0 || height <= 0) return cv::Mat(0, 0, image.type());
 
+    CV_Assert(width <= std::numeric_limits<int>::max() &&
+              height <= std::numeric_limits<int>::max());
     cv::Mat full(toInt(height), toInt(width), image.type(), fill);
     if (!image.empty()) {
         image.copyTo(full(cv::Rect(crop.left, crop.top, image.cols, image.rows)));

@@ -46,9 +46,10 @@ TEST(CropBackground, RefusesMarginsThatReachBeyondTheImage) {
 }
 
 TEST(UncropBackground, DoesNotTakeAHugeImageForAnEmptyOne) {
-    EXPECT_THROW(
-        ImageUtils::uncropBackground(values("1"), {kLargest, kLargest, 10, 10}, cv::Scalar(0)),
-        cv::Exception);
+    EXPECT_THROW(ImageUtils::uncropBackground(values("1"), {kLargest, 0, 10, 0}, cv::Scalar(0)),
+                 cv::Exception);
+    EXPECT_THROW(ImageUtils::uncropBackground(values("1"), {0, kLargest, 0, 10}, cv::Scalar(0)),
+                 cv::Exception);
 }
 
 TEST(RemoveSmallConnectedComponents, RejectsAnImageWithoutRowsOrColumns) {

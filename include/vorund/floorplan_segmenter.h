@@ -29,6 +29,12 @@ class VORUND_EXPORT Cancelled : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// Thrown by `doSegmentExact` for a map with more regions than 8-bit labels tell apart.
+class VORUND_EXPORT LabelOverflow : public std::runtime_error {
+ public:
+    using std::runtime_error::runtime_error;
+};
+
 /// Hears how far `doSegment` is, on the caller's thread: before each stage with `done` 0, after
 /// each Gaussian scale with the number of scales done (`total` is the most there can be; the
 /// series mostly ends earlier), and at the end as `kStageFinished` with `done` 1. Other stages
@@ -72,6 +78,12 @@ class VORUND_EXPORT FloorplanSegmenter {
     ///         observer throws passes through.
     cv::Mat doSegment(const cv::Mat& raw_image, const StageObserver& observer);
 
+    /// The same bytes as `doSegment`, or an error where 8 bits do not hold the map: where a scale
+    /// has more than 254 seeds `doSegment` takes those above for background, and of the regions
+    /// that it follows over the scales it loses the 255th.
+    /// @throws LabelOverflow  with the numbers; otherwise as `doSegment`.
+    cv::Mat doSegmentExact(const cv::Mat& raw_image, const StageObserver& observer = {});
+
     /// Crops the map to its content, makes it binary and removes small regions of floor, then of
     /// wall.
     /// @param raw_image  `CV_32FC1`, values 0 to 1, not empty.
@@ -101,9 +113,15 @@ class VORUND_EXPORT FloorplanSegmenter {
                                         const Config::OverSegmentConfig& config);
 
  private:
+    /// What becomes of labels above 254.
+    enum class Overflow { kSaturate, kFail };
+
+    cv::Mat doSegment(const cv::Mat& raw_image, const StageObserver& observer, Overflow overflow);
+    std::pair<cv::Mat, int> overSegment(const cv::Mat& ridge_image, const LabelsListResult& labels,
+                                        const Config::OverSegmentConfig& config, Overflow overflow);
     LabelsListResult computeLabelsList(const cv::Mat& image, const cv::Mat& mask_image,
                                        const Config::ComputeLabelsListConfig& config,
-                                       const StageObserver& observer);
+                                       const StageObserver& observer, Overflow overflow);
     cv::Mat fillBetweenRooms(const cv::Mat& over_segmented, const cv::Mat& denoised,
                              const cv::Mat& boundary);
     void showStage(const std::string& name, const cv::Mat& image);

@@ -60,6 +60,16 @@ cv::Mat FloorplanSegmenter::doSegment(const cv::Mat& raw_image) {
 }
 
 cv::Mat FloorplanSegmenter::doSegment(const cv::Mat& raw_image, const StageObserver& observer) {
+    return doSegment(raw_image, observer, Overflow::kSaturate);
+}
+
+cv::Mat FloorplanSegmenter::doSegmentExact(const cv::Mat& raw_image,
+                                           const StageObserver& observer) {
+    return doSegment(raw_image, observer, Overflow::kFail);
+}
+
+cv::Mat FloorplanSegmenter::doSegment(const cv::Mat& raw_image, const StageObserver& observer,
+                                      Overflow overflow) {
     const auto begin = [&](const char* stage, int steps = 1) {
         internal::observe(observer, stage, 0, steps);
     };
@@ -85,10 +95,11 @@ cv::Mat FloorplanSegmenter::doSegment(const cv::Mat& raw_image, const StageObser
 
     begin(kStageScales, internal::mostScales(config_.compute_labels_list));
     const LabelsListResult scales =
-        computeLabelsList(dilated, denoised, config_.compute_labels_list, observer);
+        computeLabelsList(dilated, denoised, config_.compute_labels_list, observer, overflow);
 
     begin(kStageOverSegment);
-    const auto [over_segmented, max_label] = overSegment(ridges, scales, config_.over_segment);
+    const auto [over_segmented, max_label] =
+        overSegment(ridges, scales, config_.over_segment, overflow);
     debugger_->logInfo("Completed over-segmentation");
     showStage("54cpp_over_segmented", over_segmented);
 

@@ -6,6 +6,9 @@
 
 namespace vorund::internal {
 
+/// Labels that an 8-bit label image holds beside 0 and 255.
+inline constexpr int kMostLabels = 254;
+
 /// Tells the observer, if there is one. @throws Cancelled  when it asks to stop.
 inline void observe(const StageObserver& observer, const char* stage, int done, int total) {
     if (observer && !observer(stage, done, total)) {

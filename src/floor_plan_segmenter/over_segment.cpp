@@ -1,4 +1,8 @@
 
+#include <map>
+#include <set>
+
+#include "floor_plan_segmenter/observation.h"
 #include "internal/require.h"
 #include "vorund/floorplan_segmenter.h"
 #include "vorund/over_segment_processor.h"
@@ -33,11 +37,31 @@ void requireSeedMaps(const std::vector<cv::Mat>& seed_maps, const std::vector<in
     }
 }
 
+/// The global label 255 is that of ambiguous regions as well: a 255th region passes for one.
+void requireFewRegions(const std::vector<std::map<int, int>>& mappers) {
+    std::set<int> regions;
+    for (const auto& mapper : mappers) {
+        for (const auto& [local, global] : mapper) regions.insert(global);
+    }
+    regions.erase(255);
+    if (regions.empty() || *regions.rbegin() < internal::kMostLabels) return;
+    throw LabelOverflow(std::to_string(*regions.rbegin()) +
+                        " regions or more over all scales, fewer than " +
+                        std::to_string(internal::kMostLabels) + " can be told apart");
+}
+
 }  // namespace
 
 std::pair<cv::Mat, int> FloorplanSegmenter::overSegment(const cv::Mat& ridge_image,
                                                         const LabelsListResult& labels,
                                                         const Config::OverSegmentConfig& config) {
+    return overSegment(ridge_image, labels, config, Overflow::kSaturate);
+}
+
+std::pair<cv::Mat, int> FloorplanSegmenter::overSegment(const cv::Mat& ridge_image,
+                                                        const LabelsListResult& labels,
+                                                        const Config::OverSegmentConfig& config,
+                                                        Overflow overflow) {
     std::vector<cv::Mat> seed_maps = labels.labels_list;
     requireSeedMaps(seed_maps, labels.ncc_list);
     for (std::size_t i = 0; i < seed_maps.size(); ++i) {
@@ -46,6 +70,7 @@ std::pair<cv::Mat, int> FloorplanSegmenter::overSegment(const cv::Mat& ridge_ima
 
     const auto mappers =
         OverSegmentProcessor::findConsistentGlobalLabels(labels.sigma_list, seed_maps, debugger_);
+    if (overflow == Overflow::kFail) requireFewRegions(mappers);
     const auto lifespans = OverSegmentProcessor::findLifespans(mappers, debugger_);
     const auto seeds = OverSegmentProcessor::generateMapInitialSeeds(
         lifespans, mappers, seed_maps, config.generate_map_initial_seeds, debugger_);

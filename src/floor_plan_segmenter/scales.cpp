@@ -9,12 +9,12 @@ namespace vorund {
 LabelsListResult FloorplanSegmenter::computeLabelsList(
     const cv::Mat& image, const cv::Mat& mask_image,
     const Config::ComputeLabelsListConfig& config) {
-    return computeLabelsList(image, mask_image, config, StageObserver());
+    return computeLabelsList(image, mask_image, config, StageObserver(), Overflow::kSaturate);
 }
 
 LabelsListResult FloorplanSegmenter::computeLabelsList(
     const cv::Mat& image, const cv::Mat& mask_image, const Config::ComputeLabelsListConfig& config,
-    const StageObserver& observer) {
+    const StageObserver& observer, Overflow overflow) {
     LabelsListResult result;
     const int most_scales = internal::mostScales(config);
     cv::Mat mask;
@@ -27,6 +27,11 @@ LabelsListResult FloorplanSegmenter::computeLabelsList(
         internal::consoleLine(LogLevel::INFO, "[computeLabelsList] iter: " + std::to_string(i) +
                                                   ", sigma: " + internal::fixedText(sigma) +
                                                   ", ncc: " + std::to_string(seeds.ncc));
+        if (overflow == Overflow::kFail && seeds.ncc > internal::kMostLabels) {
+            throw LabelOverflow(std::to_string(seeds.ncc) + " seeds at sigma " +
+                                internal::fixedText(sigma) + ", at most " +
+                                std::to_string(internal::kMostLabels) + " can be told apart");
+        }
         result.sigma_list.push_back(sigma);
         result.labels_list.push_back(seeds.labels.clone());
         result.ncc_list.push_back(seeds.ncc);
