@@ -17,7 +17,7 @@ int toPixelIndex(double index) {
 
 }  // namespace
 
-cv::Point2d pixelToMetres(const GridMap& map, const cv::Point& pixel) {
+cv::Point2d pixelToMetres(const GridMap& map, const cv::Point2d& pixel) {
     const double along_x = (pixel.x + 0.5) * map.resolution;
     const double along_y = (map.values.rows - pixel.y - 0.5) * map.resolution;
     const double cos_yaw = std::cos(map.origin.yaw);

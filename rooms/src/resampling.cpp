@@ -81,6 +81,7 @@ int at(const std::vector<int>& cells, int index) {
 
 /// Spreads labels over the pixels of `open`, breadth first. First come, first served: the queue
 /// starts in raster order and keeps it among equal distances.
+template <class T>
 void floodInPlace(cv::Mat& labels, const cv::Mat& open) {
     const std::array<cv::Point, 4> steps{{{0, -1}, {-1, 0}, {1, 0}, {0, 1}}};
     const cv::Rect inside({0, 0}, labels.size());
@@ -89,15 +90,15 @@ void floodInPlace(cv::Mat& labels, const cv::Mat& open) {
         for (const cv::Point& step : steps) {
             const cv::Point to = from + step;
             if (!inside.contains(to) || open.at<std::uint8_t>(to) == 0) continue;
-            if (labels.at<std::uint8_t>(to) != 0) continue;
-            labels.at<std::uint8_t>(to) = labels.at<std::uint8_t>(from);
+            if (labels.at<T>(to) != 0) continue;
+            labels.at<T>(to) = labels.at<T>(from);
             queue.push_back(to);
         }
     };
     const cv::Mat first = labels.clone();
     for (int row = 0; row < first.rows; ++row) {
         for (int col = 0; col < first.cols; ++col) {
-            if (first.at<std::uint8_t>(row, col) != 0) growFrom({col, row});
+            if (first.at<T>(row, col) != 0) growFrom({col, row});
         }
     }
     for (std::size_t next = 0; next < queue.size(); ++next) growFrom(cv::Point(queue[next]));
@@ -149,22 +150,46 @@ cv::Mat Resampling::toWorking(const cv::Mat& values) const {
     return working;
 }
 
-cv::Mat Resampling::labelsToMap(const cv::Mat& labels, const cv::Mat& values) const {
-    require(labels.type() == CV_8UC1 && labels.size() == working_size_,
-            "Resampling::labelsToMap: The labels must be CV_8UC1 and of the working size.");
+template <class T>
+cv::Mat Resampling::anyLabelsToMap(const cv::Mat& labels, const cv::Mat& values) const {
     const cv::Mat working = toWorking(values);
-    if (identity_) return labels.clone();
-    cv::Mat own(size_, CV_8UC1, cv::Scalar(0));
+    cv::Mat own(size_, labels.type(), cv::Scalar(0));
     cv::Mat lost(size_, CV_8UC1, cv::Scalar(0));
     for (int row = 0; row < own.rows; ++row) {
         for (int col = 0; col < own.cols; ++col) {
             if (values.at<float>(row, col) > kWallThreshold) continue;
             const cv::Point place(at(working_col_of_, col), at(working_row_of_, row));
-            own.at<std::uint8_t>(row, col) = labels.at<std::uint8_t>(place);
+            own.at<T>(row, col) = labels.at<T>(place);
             if (working.at<float>(place) > kWallThreshold) lost.at<std::uint8_t>(row, col) = 1;
         }
     }
-    floodInPlace(own, lost);
+    floodInPlace<T>(own, lost);
+    return own;
+}
+
+cv::Mat Resampling::labelsToMap(const cv::Mat& labels, const cv::Mat& values) const {
+    require(
+        (labels.type() == CV_8UC1 || labels.type() == CV_32SC1) && labels.size() == working_size_,
+        "Resampling::labelsToMap: The labels must be CV_8UC1 or CV_32SC1 and of the working "
+        "size.");
+    require(values.type() == CV_32FC1 && values.size() == size_,
+            "Resampling::labelsToMap: The values must be CV_32FC1 and of the map's size.");
+    if (identity_) return labels.clone();
+    return labels.type() == CV_8UC1 ? anyLabelsToMap<std::uint8_t>(labels, values)
+                                    : anyLabelsToMap<std::int32_t>(labels, values);
+}
+
+cv::Mat Resampling::maskToMap(const cv::Mat& mask) const {
+    require(mask.type() == CV_8UC1 && mask.size() == working_size_,
+            "Resampling::maskToMap: The mask must be CV_8UC1 and of the working size.");
+    if (identity_) return mask.clone();
+    cv::Mat own(size_, CV_8UC1);
+    for (int row = 0; row < own.rows; ++row) {
+        for (int col = 0; col < own.cols; ++col) {
+            own.at<std::uint8_t>(row, col) =
+                mask.at<std::uint8_t>(at(working_row_of_, row), at(working_col_of_, col));
+        }
+    }
     return own;
 }
 

@@ -84,28 +84,28 @@ const Setting& settingOf(const std::string& typed) {
 
 }  // namespace
 
-std::vector<std::string> loadSettings(const std::string& path, Config& config) {
-    Config checked = config;
+std::vector<std::string> loadSettings(const std::string& path, Settings& settings) {
+    Settings checked = settings;
     Findings findings = checkSettings(parseFile(path), checked);
     if (!findings.faults.empty()) {
         throw SettingError(shown(path) + ": " + listed(findings.faults));
     }
-    // The values come from the library's own reader, so that both can never mean different things.
-    Config loaded = config;
-    if (!loaded.loadFromYaml(path)) throw SettingError(shown(path) + ": cannot be loaded");
-    config = loaded;
+    // The core's values come from its own reader, so that both can never mean different things.
+    Settings loaded{settings.core, checked.rooms};
+    if (!loaded.core.loadFromYaml(path)) throw SettingError(shown(path) + ": cannot be loaded");
+    settings = loaded;
     for (std::string& warning : findings.warnings) warning.insert(0, shown(path) + ": ");
     return findings.warnings;
 }
 
-std::vector<std::string> applySetting(const std::string& assignment, Config& config) {
+std::vector<std::string> applySetting(const std::string& assignment, Settings& settings) {
     const std::size_t equals = assignment.find('=');
     if (equals == std::string::npos || equals == 0) {
         throw SettingError(brief(assignment) + ": is not of the form KEY=VALUE");
     }
     const Setting& setting = settingOf(assignment.substr(0, equals));
     Findings findings;
-    assignChecked(setting, parseValue(assignment.substr(equals + 1)), config, findings);
+    assignChecked(setting, parseValue(assignment.substr(equals + 1)), settings, findings);
     if (!findings.faults.empty()) throw SettingError(listed(findings.faults));
     return findings.warnings;
 }

@@ -27,7 +27,7 @@ std::string valueText(const YAML::Node& node) {
 
 class Check {
  public:
-    explicit Check(Config& config) : config_(config) {}
+    explicit Check(Settings& settings) : settings_(settings) {}
 
     void group(const YAML::Node& node, const KeyPath& path) {
         if (node.IsNull()) return;
@@ -77,28 +77,28 @@ class Check {
         } else if (value.IsNull()) {
             findings.warnings.push_back(joined(setting.path) + ": has no value, stays as it is");
         } else {
-            assignChecked(setting, value, config_, findings);
+            assignChecked(setting, value, settings_, findings);
         }
     }
 
-    Config& config_;
+    Settings& settings_;
 };
 
 }  // namespace
 
-Findings checkSettings(const YAML::Node& root, Config& config) {
-    Check check(config);
+Findings checkSettings(const YAML::Node& root, Settings& settings) {
+    Check check(settings);
     check.group(root, {});
     return check.findings;
 }
 
-void assignChecked(const Setting& setting, const YAML::Node& node, Config& config,
+void assignChecked(const Setting& setting, const YAML::Node& node, Settings& settings,
                    Findings& findings) {
     const std::string key = joined(setting.path);
-    if (!setting.assign(node, config)) {
+    if (!setting.assign(node, settings)) {
         findings.faults.push_back(key + ": " + valueText(node) +
                                   " (permitted: " + setting.permitted + ")");
-    } else if (!setting.inert.empty() && setting.text(config) != setting.text(Config{})) {
+    } else if (!setting.inert.empty() && setting.text(settings) != setting.text(Settings{})) {
         findings.warnings.push_back(key + ": changes no result: " + setting.inert);
     }
 }

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "settings_table.h"
-#include "vorund/config.h"
+#include "vorund/rooms/room_settings.h"
 
 namespace vorund::rooms {
 
@@ -17,12 +17,12 @@ struct Findings {
 };
 
 /// Compares a document with the table: every key, type and range.
-/// @param root    A map, or null.
-/// @param config  Receives the values; it tells which are those of inert settings.
-Findings checkSettings(const YAML::Node& root, Config& config);
+/// @param root      A map, or null.
+/// @param settings  Receives the values; it tells which are those of inert settings.
+Findings checkSettings(const YAML::Node& root, Settings& settings);
 
 /// Sets one value of the table; what is wrong with it goes to `findings`.
-void assignChecked(const Setting& setting, const YAML::Node& node, Config& config,
+void assignChecked(const Setting& setting, const YAML::Node& node, Settings& settings,
                    Findings& findings);
 
 /// Text that may come from anywhere, fit for one line: control characters become "?".

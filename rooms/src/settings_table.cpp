@@ -19,17 +19,18 @@ constexpr int kMostPadding = 10'000;
 constexpr int kMostArea = 1'000'000'000;
 constexpr double kMostLine = 1e6;
 constexpr int kMostBins = 36'000;
-constexpr double kMostMetres = 1e6;  // [m or m^2]
+constexpr double kMostMetres = 1e6;     // [m or m^2]
+constexpr double kMostSimplify = 10.0;  // [m]; wider than rooms are.
 
 constexpr char kNotAligned[] = "maps are not aligned";
 constexpr char kUnused[] = "no stage uses it";
 
-/// A record of `Config` and the path of its group; its settings are added to a table.
+/// A record of `Settings` and the path of its group; its settings are added to a table.
 template <class Record>
 class Group {
  public:
-    using Of = std::function<Record&(Config&)>;
-    using OfConst = std::function<const Record&(const Config&)>;
+    using Of = std::function<Record&(Settings&)>;
+    using OfConst = std::function<const Record&(const Settings&)>;
 
     Group(std::vector<Setting>& table, KeyPath path, Of of, OfConst of_const)
         : table_(table),
@@ -40,9 +41,9 @@ class Group {
     template <class Inner>
     Group<Inner> group(const std::string& key, Inner Record::*member) const {
         return {table_, below(key),
-                [of = of_, member](Config& config) -> Inner& { return of(config).*member; },
-                [of = of_const_, member](const Config& config) -> const Inner& {
-                    return of(config).*member;
+                [of = of_, member](Settings& settings) -> Inner& { return of(settings).*member; },
+                [of = of_const_, member](const Settings& settings) -> const Inner& {
+                    return of(settings).*member;
                 }};
     }
 
@@ -50,11 +51,11 @@ class Group {
     void add(const std::string& key, T Record::*member, const Kind<T>& kind,
              const std::string& inert = "") const {
         table_.push_back({below(key),
-                          [of = of_, member, kind](const YAML::Node& node, Config& config) {
-                              return kind.read(node, of(config).*member);
+                          [of = of_, member, kind](const YAML::Node& node, Settings& settings) {
+                              return kind.read(node, of(settings).*member);
                           },
-                          [of = of_const_, member, kind](const Config& config) {
-                              return kind.text(of(config).*member);
+                          [of = of_const_, member, kind](const Settings& settings) {
+                              return kind.text(of(settings).*member);
                           },
                           kind.permitted, inert});
     }
@@ -208,11 +209,16 @@ void addMerging(const Group<Config>& root) {
              number(0, kMostMetres));
 }
 
+void addRooms(const Group<RoomsConfig>& group) {
+    group.add("simplify", &RoomsConfig::simplify, number(0, kMostSimplify));
+    group.add("straight_borders", &RoomsConfig::straight_borders, flag());
+}
+
 std::vector<Setting> makeTable() {
     std::vector<Setting> table;
     const Group<Config> root(
-        table, {}, [](Config& config) -> Config& { return config; },
-        [](const Config& config) -> const Config& { return config; });
+        table, {}, [](Settings& settings) -> Config& { return settings.core; },
+        [](const Settings& settings) -> const Config& { return settings.core; });
     addControlPanel(root);
     addAlignment(root.group("find_alignment_angle", &Config::find_alignment_angle));
     addDenoising(root.group("generate_denoised_alone", &Config::generate_denoised_alone), "",
@@ -221,6 +227,10 @@ std::vector<Setting> makeTable() {
     addScales(root.group("compute_labels_list", &Config::compute_labels_list));
     addOverSegment(root.group("over_segment", &Config::over_segment));
     addMerging(root);
+    addRooms({table,
+              {"rooms"},
+              [](Settings& settings) -> RoomsConfig& { return settings.rooms; },
+              [](const Settings& settings) -> const RoomsConfig& { return settings.rooms; }});
     return table;
 }
 

@@ -24,16 +24,16 @@ std::string headings(const KeyPath& path, const KeyPath& before) {
 
 }  // namespace
 
-std::string settingsAsYaml(const Config& config) {
+std::string settingsAsYaml(const Settings& settings) {
     std::string text;
     KeyPath before;
     for (const Setting& setting : settingsTable()) {
         const KeyPath& path = setting.path;
         text += headings(path, before) + indent(path.size() - 1);
         if (setting.in_yaml) {
-            text += path.back() + ": " + setting.text(config) + "\n";
+            text += path.back() + ": " + setting.text(settings) + "\n";
         } else {
-            text += "# " + path.back() + ": " + setting.text(config) + " (not read from YAML)\n";
+            text += "# " + path.back() + ": " + setting.text(settings) + " (not read from YAML)\n";
         }
         before = path;
     }

@@ -490,20 +490,67 @@ TEST(Resampling, RejectsImagesOfAnotherTypeOrSize) {
     const Resampling resampling({40, 40}, 0.025);
     const cv::Mat values(40, 40, CV_32FC1, cv::Scalar(0.0));
     const cv::Mat labels(20, 20, CV_8UC1, cv::Scalar(0));
-    const char* about_values =
-        "Resampling::toWorking: The values must be CV_32FC1 and of the map's size.";
     EXPECT_THAT([&] { resampling.toWorking(cv::Mat(40, 40, CV_8UC1)); },
-                ThrowsMessage<std::invalid_argument>(about_values));
+                ThrowsMessage<std::invalid_argument>(
+                    "Resampling::toWorking: The values must be CV_32FC1 and of the map's size."));
     EXPECT_THAT([&] { resampling.toWorking(cv::Mat(40, 41, CV_32FC1)); },
-                ThrowsMessage<std::invalid_argument>(about_values));
+                ThrowsMessage<std::invalid_argument>(
+                    "Resampling::toWorking: The values must be CV_32FC1 and of the map's size."));
     EXPECT_THAT([&] { resampling.labelsToMap(labels, cv::Mat(20, 20, CV_32FC1)); },
-                ThrowsMessage<std::invalid_argument>(about_values));
+                ThrowsMessage<std::invalid_argument>(
+                    "Resampling::labelsToMap: The values must be CV_32FC1 and of the map's size."));
     const char* about_labels =
-        "Resampling::labelsToMap: The labels must be CV_8UC1 and of the working size.";
-    EXPECT_THAT([&] { resampling.labelsToMap(cv::Mat(20, 20, CV_32SC1), values); },
+        "Resampling::labelsToMap: The labels must be CV_8UC1 or CV_32SC1 and of the working size.";
+    EXPECT_THAT([&] { resampling.labelsToMap(cv::Mat(20, 20, CV_16UC1), values); },
                 ThrowsMessage<std::invalid_argument>(about_labels));
     EXPECT_THAT([&] { resampling.labelsToMap(cv::Mat(40, 40, CV_8UC1), values); },
                 ThrowsMessage<std::invalid_argument>(about_labels));
+    const char* about_mask =
+        "Resampling::maskToMap: The mask must be CV_8UC1 and of the working size.";
+    EXPECT_THAT([&] { resampling.maskToMap(cv::Mat(20, 20, CV_32SC1)); },
+                ThrowsMessage<std::invalid_argument>(about_mask));
+    EXPECT_THAT([&] { resampling.maskToMap(cv::Mat(40, 40, CV_8UC1)); },
+                ThrowsMessage<std::invalid_argument>(about_mask));
+}
+
+/// 4 m by 4 m with a wall of one pixel across, and labels on either side of it.
+void expectWideLabelsAsNarrow(double resolution, int side) {
+    const Resampling resampling({side, side}, resolution);
+    cv::Mat values(side, side, CV_32FC1, cv::Scalar(0.0));
+    values.row(side / 2).setTo(1.0);
+    const cv::Mat working = resampling.toWorking(values);
+    cv::Mat narrow(working.size(), CV_8UC1, cv::Scalar(7));
+    narrow.rowRange(0, narrow.rows / 2).setTo(3);
+    narrow.setTo(0, working > 0.5);
+    cv::Mat wide;
+    narrow.convertTo(wide, CV_32S, 1000.0);
+    cv::Mat expected;
+    resampling.labelsToMap(narrow, values).convertTo(expected, CV_32S, 1000.0);
+    EXPECT_THAT(resampling.labelsToMap(wide, values), test::MatEq(expected));
+}
+
+TEST(Resampling, BringsWideLabelsBackAsNarrowOnes) {
+    expectWideLabelsAsNarrow(0.025, 160);
+    expectWideLabelsAsNarrow(0.05, 80);
+    expectWideLabelsAsNarrow(0.1, 40);
+}
+
+TEST(Resampling, LooksAMaskUpAtTheCentresOfThePixels) {
+    const Resampling finer({40, 40}, 0.025);
+    cv::Mat mask(20, 20, CV_8UC1, cv::Scalar(0));
+    mask.at<std::uint8_t>(3, 5) = 255;
+    cv::Mat expected(40, 40, CV_8UC1, cv::Scalar(0));
+    expected(cv::Rect(10, 6, 2, 2)).setTo(255);
+    EXPECT_THAT(finer.maskToMap(mask), test::MatEq(expected));
+
+    // A pixel of 0.1 m has its centre at the corner of four working pixels: the lower right holds
+    // it, since a pixel holds its left and its upper edge.
+    const Resampling coarser({20, 20}, 0.1);
+    cv::Mat wide_mask(40, 40, CV_8UC1, cv::Scalar(0));
+    wide_mask.at<std::uint8_t>(7, 11) = 255;
+    cv::Mat one(20, 20, CV_8UC1, cv::Scalar(0));
+    one.at<std::uint8_t>(3, 5) = 255;
+    EXPECT_THAT(coarser.maskToMap(wide_mask), test::MatEq(one));
 }
 
 }  // namespace

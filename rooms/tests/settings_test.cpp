@@ -109,6 +109,9 @@ merge_nodes_in_place:
   area_threshold: 1.875
 merge_edges_in_place:
   length_threshold: 2.125
+rooms:
+  simplify: 0.25
+  straight_borders: true
 )";
 
 Config changedConfig() {
@@ -149,6 +152,10 @@ Config changedConfig() {
     return config;
 }
 
+Settings changedSettings() {
+    return {changedConfig(), {0.25, true}};
+}
+
 using Keys = std::vector<std::string>;
 
 /// The paths of all values of a document: what `weights` holds is one value.
@@ -175,7 +182,7 @@ class SettingsTest : public ::testing::Test {
     /// Loads settings from a file of that content; gives the warnings without the file's name.
     std::vector<std::string> load(const std::string& yaml) {
         const std::string path = folder_.write("settings.yaml", yaml);
-        std::vector<std::string> warnings = loadSettings(path, config_);
+        std::vector<std::string> warnings = loadSettings(path, settings_);
         for (std::string& warning : warnings) {
             EXPECT_THAT(warning, StartsWith(path + ": "));
             warning.erase(0, path.size() + 2);
@@ -185,15 +192,15 @@ class SettingsTest : public ::testing::Test {
 
     /// Why settings of that content are refused, without the file's name.
     std::string fault(const std::string& yaml) {
-        const std::string before = settingsAsYaml(config_);
+        const std::string before = settingsAsYaml(settings_);
         const std::string text = faultOf(folder_.write("settings.yaml", yaml));
-        EXPECT_EQ(settingsAsYaml(config_), before) << "changed although refused";
+        EXPECT_EQ(settingsAsYaml(settings_), before) << "changed although refused";
         return text;
     }
 
     std::string faultOf(const std::string& path) {
         try {
-            loadSettings(path, config_);
+            loadSettings(path, settings_);
         } catch (const SettingError& error) {
             const std::string text = error.what();
             EXPECT_THAT(text, StartsWith(path + ": "));
@@ -203,7 +210,7 @@ class SettingsTest : public ::testing::Test {
         return "nothing is wrong";
     }
 
-    Config config_;
+    Settings settings_;
     test::TempDir folder_;
 
  private:
@@ -216,18 +223,22 @@ using ApplySetting = SettingsTest;
 using DefaultYaml = SettingsTest;
 
 TEST_F(SettingsAsYaml, WritesEveryFieldUnderItsKey) {
-    EXPECT_EQ(settingsAsYaml(changedConfig()), kChangedYaml);
+    EXPECT_EQ(settingsAsYaml(changedSettings()), kChangedYaml);
 }
 
-TEST_F(SettingsAsYaml, LoadsBackToTheSameConfig) {
-    const std::string path = folder_.write("settings.yaml", settingsAsYaml(changedConfig()));
-    Config config;
-    ASSERT_TRUE(config.loadFromYaml(path));
+TEST_F(SettingsAsYaml, LoadsBackToTheSameSettings) {
+    const std::string path = folder_.write("settings.yaml", settingsAsYaml(changedSettings()));
+    Settings config;
+    loadSettings(path, config);
     // The four fields that no file sets.
-    config.find_alignment_angle.components_out_remove_small_connected_components.min_size = 101;
-    config.find_alignment_angle.components_in_remove_small_connected_components.connectivity = 4;
-    config.generate_denoised_alone.components_out_remove_small_connected_components.min_size = 103;
-    config.generate_denoised_alone.components_in_remove_small_connected_components.connectivity = 4;
+    config.core.find_alignment_angle.components_out_remove_small_connected_components.min_size =
+        101;
+    config.core.find_alignment_angle.components_in_remove_small_connected_components.connectivity =
+        4;
+    config.core.generate_denoised_alone.components_out_remove_small_connected_components.min_size =
+        103;
+    config.core.generate_denoised_alone.components_in_remove_small_connected_components
+        .connectivity = 4;
     EXPECT_EQ(settingsAsYaml(config), kChangedYaml);
 }
 
@@ -243,29 +254,30 @@ TEST_F(SettingsAsYaml, KeepsEveryBitOfANumber) {
                                       kInfinity,
                                       -kInfinity,
                                       -2.5};
-    Config written;
-    written.generate_ridge_map_meijering.sigmas = awkward;
-    Config read;
-    ASSERT_TRUE(read.loadFromYaml(folder_.write("settings.yaml", settingsAsYaml(written))));
-    EXPECT_EQ(read.generate_ridge_map_meijering.sigmas, awkward);
+    Settings written;
+    written.core.generate_ridge_map_meijering.sigmas = awkward;
+    Settings read;
+    ASSERT_TRUE(read.core.loadFromYaml(folder_.write("settings.yaml", settingsAsYaml(written))));
+    EXPECT_EQ(read.core.generate_ridge_map_meijering.sigmas, awkward);
 }
 
 TEST_F(SettingsAsYaml, WritesNumbersWithoutNeedlessDigits) {
-    config_.generate_ridge_map_meijering.sigmas = {0.1, 20, 1e6, 0.30000000000000004};
-    EXPECT_THAT(settingsAsYaml(config_),
+    settings_.core.generate_ridge_map_meijering.sigmas = {0.1, 20, 1e6, 0.30000000000000004};
+    EXPECT_THAT(settingsAsYaml(settings_),
                 HasSubstr("  sigmas: [0.1, 20.0, 1000000.0, 0.30000000000000004]\n"));
 }
 
 TEST_F(SettingsAsYaml, QuotesNamesThatWouldReadAsSomethingElse) {
     for (const std::string name : {"", "null", "~", "a: b", "# no", "two\nlines", "\"", "12"}) {
-        Config written;
-        written.generate_ridge_map_meijering.mode = name;
-        written.over_segment.generate_map_initial_seeds.weights[name] = 7;
-        Config read;
-        ASSERT_TRUE(read.loadFromYaml(folder_.write("settings.yaml", settingsAsYaml(written))));
-        EXPECT_EQ(read.generate_ridge_map_meijering.mode, name);
-        EXPECT_EQ(read.over_segment.generate_map_initial_seeds.weights,
-                  written.over_segment.generate_map_initial_seeds.weights);
+        Settings written;
+        written.core.generate_ridge_map_meijering.mode = name;
+        written.core.over_segment.generate_map_initial_seeds.weights[name] = 7;
+        Settings read;
+        ASSERT_TRUE(
+            read.core.loadFromYaml(folder_.write("settings.yaml", settingsAsYaml(written))));
+        EXPECT_EQ(read.core.generate_ridge_map_meijering.mode, name);
+        EXPECT_EQ(read.core.over_segment.generate_map_initial_seeds.weights,
+                  written.core.over_segment.generate_map_initial_seeds.weights);
     }
 }
 
@@ -277,19 +289,21 @@ struct CommaForPoint : std::numpunct<char> {
 
 TEST_F(SettingsAsYaml, WritesTheSameWhateverTheLocale) {
     const std::locale former = std::locale::global(std::locale({}, new CommaForPoint));
-    const std::string text = settingsAsYaml(changedConfig());
+    const std::string text = settingsAsYaml(changedSettings());
     std::locale::global(former);
     EXPECT_EQ(text, kChangedYaml);
 }
 
 TEST_F(DefaultYaml, HoldsTheDefaultOfEverySetting) {
-    Config loaded = changedConfig();
+    Settings loaded = changedSettings();
     EXPECT_THAT(loadSettings(VORUND_DEFAULT_YAML, loaded), IsEmpty());
     // What no file sets is as it was.
-    Config expected;
-    expected.find_alignment_angle.components_out_remove_small_connected_components.min_size = 101;
-    expected.find_alignment_angle.components_in_remove_small_connected_components.connectivity = 4;
-    auto& denoised = expected.generate_denoised_alone;
+    Settings expected;
+    expected.core.find_alignment_angle.components_out_remove_small_connected_components.min_size =
+        101;
+    expected.core.find_alignment_angle.components_in_remove_small_connected_components
+        .connectivity = 4;
+    auto& denoised = expected.core.generate_denoised_alone;
     denoised.components_out_remove_small_connected_components.min_size = 103;
     denoised.components_in_remove_small_connected_components.connectivity = 4;
     EXPECT_EQ(settingsAsYaml(loaded), settingsAsYaml(expected));
@@ -301,33 +315,35 @@ TEST_F(DefaultYaml, HoldsTheKeysThatAreWrittenAndNoOthers) {
 
 TEST_F(LoadSettings, SetsEveryField) {
     load(kChangedYaml);
-    Config expected = changedConfig();
-    expected.find_alignment_angle.components_out_remove_small_connected_components.min_size = 100;
-    expected.find_alignment_angle.components_in_remove_small_connected_components.connectivity = 8;
-    auto& denoised = expected.generate_denoised_alone;
+    Settings expected = changedSettings();
+    expected.core.find_alignment_angle.components_out_remove_small_connected_components.min_size =
+        100;
+    expected.core.find_alignment_angle.components_in_remove_small_connected_components
+        .connectivity = 8;
+    auto& denoised = expected.core.generate_denoised_alone;
     denoised.components_out_remove_small_connected_components.min_size = 100;
     denoised.components_in_remove_small_connected_components.connectivity = 8;
-    EXPECT_EQ(settingsAsYaml(config_), settingsAsYaml(expected));
+    EXPECT_EQ(settingsAsYaml(settings_), settingsAsYaml(expected));
 }
 
 TEST_F(LoadSettings, LeavesWhatTheFileDoesNotName) {
-    config_ = changedConfig();
+    settings_ = changedSettings();
     EXPECT_THAT(load("dilate_binary: {iterations: 9}"), IsEmpty());
-    Config expected = changedConfig();
-    expected.dilate_binary.iterations = 9;
-    EXPECT_EQ(settingsAsYaml(config_), settingsAsYaml(expected));
+    Settings expected = changedSettings();
+    expected.core.dilate_binary.iterations = 9;
+    EXPECT_EQ(settingsAsYaml(settings_), settingsAsYaml(expected));
 }
 
 TEST_F(LoadSettings, TakesAFileWithoutSettings) {
     for (const char* yaml : {"", "# nothing\n", "---\n", "dilate_binary:\n"}) {
         EXPECT_THAT(load(yaml), IsEmpty()) << yaml;
     }
-    EXPECT_EQ(settingsAsYaml(config_), settingsAsYaml(Config{}));
+    EXPECT_EQ(settingsAsYaml(settings_), settingsAsYaml(Settings{}));
 }
 
 TEST_F(LoadSettings, ReplacesTheWeightsThatTheFileNames) {
     load("over_segment: {generate_map_initial_seeds: {weights: {start: 5}}}");
-    EXPECT_EQ(config_.over_segment.generate_map_initial_seeds.weights,
+    EXPECT_EQ(settings_.core.over_segment.generate_map_initial_seeds.weights,
               (std::map<std::string, int>{{"end", 1}, {"start", 5}}));
 }
 
@@ -390,7 +406,7 @@ TEST_F(LoadSettings, CutsALongValueAndHidesItsLineBreaks) {
 TEST_F(LoadSettings, SetsTheGoodValuesOfAFileWithWarnings) {
     EXPECT_THAT(load("unknown: 1\ndilate_binary: {iterations: 9}"),
                 ElementsAre("unknown: no such setting, not read"));
-    EXPECT_EQ(config_.dilate_binary.iterations, 9);
+    EXPECT_EQ(settings_.core.dilate_binary.iterations, 9);
 }
 
 TEST_F(LoadSettings, NamesTheKeyThatWasMeant) {
@@ -403,7 +419,7 @@ TEST_F(LoadSettings, NamesTheKeyThatWasMeant) {
     EXPECT_THAT(load("kernel_size: 9"),
                 ElementsAre("kernel_size: no such setting, not read; did you mean "
                             "\"dilate_binary/kernel_size\"?"));
-    EXPECT_THAT(load("rooms: {anything: 1}"), ElementsAre("rooms: no such setting, not read"));
+    EXPECT_THAT(load("walls: {anything: 1}"), ElementsAre("walls: no such setting, not read"));
 }
 
 TEST_F(LoadSettings, TellsOfTwoLevelsWhereTheKeyHoldsASlash) {
@@ -423,10 +439,10 @@ TEST_F(LoadSettings, WarnsOfFieldsThatNoFileSets) {
 }
 
 TEST_F(LoadSettings, WarnsOfAKeyWithoutValue) {
-    config_.dilate_binary.iterations = 9;
+    settings_.core.dilate_binary.iterations = 9;
     EXPECT_THAT(load("dilate_binary: {iterations: }"),
                 ElementsAre("dilate_binary/iterations: has no value, stays as it is"));
-    EXPECT_EQ(config_.dilate_binary.iterations, 9);
+    EXPECT_EQ(settings_.core.dilate_binary.iterations, 9);
 }
 
 TEST_F(LoadSettings, WarnsOfAKeyThatIsNoName) {
@@ -474,29 +490,29 @@ TEST_F(LoadSettings, WarnsOfEveryChangedValueForTheAlignment) {
 }
 
 TEST_F(LoadSettings, SaysNothingOfDefaultsThatChangeNoResult) {
-    EXPECT_THAT(load(settingsAsYaml(Config{})), IsEmpty());
+    EXPECT_THAT(load(settingsAsYaml(Settings{})), IsEmpty());
 }
 
 TEST_F(ApplySetting, SetsOneValue) {
-    EXPECT_THAT(applySetting("generate_denoised_alone/binary/make_binary/threshold=0.5", config_),
+    EXPECT_THAT(applySetting("generate_denoised_alone/binary/make_binary/threshold=0.5", settings_),
                 IsEmpty());
-    Config expected;
-    expected.generate_denoised_alone.binary_make_binary.threshold = 0.5;
-    EXPECT_EQ(settingsAsYaml(config_), settingsAsYaml(expected));
+    Settings expected;
+    expected.core.generate_denoised_alone.binary_make_binary.threshold = 0.5;
+    EXPECT_EQ(settingsAsYaml(settings_), settingsAsYaml(expected));
 }
 
 TEST_F(ApplySetting, TakesListsAndMaps) {
-    applySetting("generate_ridge_map_meijering/sigmas=[1.5, 2]", config_);
-    EXPECT_THAT(config_.generate_ridge_map_meijering.sigmas, ElementsAre(1.5, 2.0));
-    applySetting("over_segment/generate_map_initial_seeds/weights={end: 4}", config_);
-    EXPECT_EQ(config_.over_segment.generate_map_initial_seeds.weights,
+    applySetting("generate_ridge_map_meijering/sigmas=[1.5, 2]", settings_);
+    EXPECT_THAT(settings_.core.generate_ridge_map_meijering.sigmas, ElementsAre(1.5, 2.0));
+    applySetting("over_segment/generate_map_initial_seeds/weights={end: 4}", settings_);
+    EXPECT_EQ(settings_.core.over_segment.generate_map_initial_seeds.weights,
               (std::map<std::string, int>{{"end", 4}, {"start", 1}}));
 }
 
 TEST_F(ApplySetting, WarnsOfAValueThatChangesNoResult) {
-    EXPECT_THAT(applySetting("alignment=true", config_),
+    EXPECT_THAT(applySetting("alignment=true", settings_),
                 ElementsAre("alignment: changes no result: maps are not aligned"));
-    EXPECT_TRUE(config_.alignment);
+    EXPECT_TRUE(settings_.core.alignment);
 }
 
 struct Refused {
@@ -521,10 +537,10 @@ TEST_F(ApplySetting, RefusesWhatIsNoSetting) {
          "cannot be set"},
     };
     for (const Refused& refused : cases) {
-        EXPECT_THAT([&] { applySetting(refused.assignment, config_); },
+        EXPECT_THAT([&] { applySetting(refused.assignment, settings_); },
                     ThrowsMessage<SettingError>(refused.message));
     }
-    EXPECT_EQ(settingsAsYaml(config_), settingsAsYaml(Config{}));
+    EXPECT_EQ(settingsAsYaml(settings_), settingsAsYaml(Settings{}));
 }
 
 /// What one setting takes and what it does not.
@@ -538,15 +554,15 @@ class SettingRanges : public ::testing::TestWithParam<Range> {};
 
 TEST_P(SettingRanges, HoldAtBothEnds) {
     for (const std::string& value : GetParam().good) {
-        Config config;
+        Settings config;
         EXPECT_NO_THROW(applySetting(GetParam().key + "=" + value, config)) << value;
     }
     for (const std::string& value : GetParam().bad) {
-        Config config;
+        Settings config;
         EXPECT_THAT([&] { applySetting(GetParam().key + "=" + value, config); },
                     ThrowsMessage<SettingError>(HasSubstr("(permitted: ")))
             << value;
-        EXPECT_EQ(settingsAsYaml(config), settingsAsYaml(Config{})) << "changed by " << value;
+        EXPECT_EQ(settingsAsYaml(config), settingsAsYaml(Settings{})) << "changed by " << value;
     }
 }
 
@@ -656,6 +672,8 @@ std::vector<Range> stages() {
         connectivity("over_segment/create_watershed_segment_skimage/connectivity"),
         real("merge_nodes_in_place/area_threshold", {"0", "1e6"}, {"1000000.1"}),
         real("merge_edges_in_place/length_threshold", {"0", "1e6"}, {"1000000.1"}),
+        real("rooms/simplify", {"0", "0.05", "10"}, {"10.1"}),
+        flag("rooms/straight_borders"),
     };
 }
 

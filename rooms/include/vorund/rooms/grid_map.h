@@ -37,8 +37,9 @@ struct GridMap {
     bool raw = false;
 };
 
-/// The centre of a pixel (x = column, y = row) in the map frame. [m], y up
-VORUND_EXPORT cv::Point2d pixelToMetres(const GridMap& map, const cv::Point& pixel);
+/// A point of the image (x = column, y = row; whole numbers are the centres of pixels) in the map
+/// frame. [m], y up
+VORUND_EXPORT cv::Point2d pixelToMetres(const GridMap& map, const cv::Point2d& pixel);
 
 /// The pixel that holds a point of the map frame; it may lie outside the map. A pixel holds its
 /// left and its lower edge (seen along the map's own axes), not its right and its upper one.

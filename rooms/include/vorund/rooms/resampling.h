@@ -46,13 +46,21 @@ class VORUND_EXPORT Resampling {
     /// nearest label that reaches it over such floor in steps up, left, right or down; of several
     /// equally near, by the one whose pixel it starts from comes first in raster order. Floor
     /// that none reaches stays 0. With `isIdentity` the labels come back as they are.
-    /// @param labels  `CV_8UC1` of the working size.
+    /// @param labels  `CV_8UC1` or `CV_32SC1`, of the working size.
     /// @param values  `CV_32FC1`: the map's values at its own resolution.
-    /// @return `CV_8UC1` of the map's size.
+    /// @return The type of the labels, the map's size.
     /// @throws std::invalid_argument  for other types or sizes.
     cv::Mat labelsToMap(const cv::Mat& labels, const cv::Mat& values) const;
 
+    /// A mask at the working resolution on the map's own pixels, each looked up at its centre.
+    /// @param mask  `CV_8UC1` of the working size.
+    /// @throws std::invalid_argument  for another type or size.
+    cv::Mat maskToMap(const cv::Mat& mask) const;
+
  private:
+    template <class T>
+    cv::Mat anyLabelsToMap(const cv::Mat& labels, const cv::Mat& values) const;
+
     cv::Size size_;
     cv::Size working_size_;
     bool identity_ = false;

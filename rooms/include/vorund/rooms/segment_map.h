@@ -19,7 +19,8 @@ namespace vorund::rooms {
 ///         reached. A map that is all floor (every value 0) is one room, without a run.
 /// @throws MapError   if the resolution is not positive and finite; if the map is smaller than
 ///                    1 m^2, or so large at 0.05 m per pixel that it cannot be worked on; if it
-///                    has no floor ("no free floor found"); if no room is found ("no room found:"
+///                    has no floor ("no free floor found"); if it has more rooms than 8-bit
+///                    labels tell apart ("too many rooms:"); if no room is found ("no room found:"
 ///                    and the cause).
 /// @throws Cancelled  when the observer returns false.
 /// @throws std::invalid_argument  if the values are not `CV_32FC1` from 0 to 1.

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "vorund/config.h"
 #include "vorund/export.h"
+#include "vorund/rooms/room_settings.h"
 
 namespace vorund::rooms {
 
@@ -16,15 +16,16 @@ class VORUND_EXPORT SettingError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// Loads a YAML file of settings over `config`, after checking all of it: `Config::loadFromYaml`
-/// keeps a field whose value is malformed, which on a robot would go unseen.
+/// Loads a YAML file of settings over `settings`, after checking all of it: `Config::loadFromYaml`
+/// keeps a field whose value is malformed, which on a robot would go unseen. What stands under the
+/// key `rooms` is for `Settings::rooms`, all the rest for `Settings::core`.
 ///
 /// @return Warnings, one line each: keys that nobody reads, keys that are read but change no
 ///         result, together with the key that does.
 /// @throws SettingError  if the file cannot be read or parsed, or if any value has the wrong type
-///         or is out of its range (all of them told, each with what is permitted); `config` is
-///         then as it was.
-VORUND_EXPORT std::vector<std::string> loadSettings(const std::string& path, Config& config);
+///         or is out of its range (all of them told, each with what is permitted); `settings`
+///         are then as they were.
+VORUND_EXPORT std::vector<std::string> loadSettings(const std::string& path, Settings& settings);
 
 /// Sets one value. The key is the path of keys in the YAML file, joined by "/", for example
 /// `compute_labels_list/sigma_start` or
@@ -32,11 +33,12 @@ VORUND_EXPORT std::vector<std::string> loadSettings(const std::string& path, Con
 /// @param assignment  KEY=VALUE, the value as YAML, for example `[1.0, 2.0]` for a list.
 /// @return Warnings as from `loadSettings`.
 /// @throws SettingError  for an unknown key, a value of the wrong type or out of its range;
-///         `config` is then as it was.
-VORUND_EXPORT std::vector<std::string> applySetting(const std::string& assignment, Config& config);
+///         `settings` are then as they were.
+VORUND_EXPORT std::vector<std::string> applySetting(const std::string& assignment,
+                                                    Settings& settings);
 
 /// The settings in force as YAML that loads back to the same values; fields that YAML cannot set
 /// stand as comments.
-VORUND_EXPORT std::string settingsAsYaml(const Config& config);
+VORUND_EXPORT std::string settingsAsYaml(const Settings& settings);
 
 }  // namespace vorund::rooms

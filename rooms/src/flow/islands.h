@@ -1,0 +1,21 @@
+#pragma once
+
+#include <vector>
+
+#include "vorund/rooms/find_rooms.h"
+
+namespace vorund::rooms {
+
+/// A removed part of the graph.
+struct RemovedIsland {
+    double area;         ///< [m^2]
+    cv::Point position;  ///< First of its pixels in raster order, at the working resolution.
+};
+
+/// Removes every connected part of the room graph whose rooms together are smaller than 1 % of all
+/// rooms, or than `area_threshold` [m^2]: rooms, lines around them, border pixels, ids and nodes.
+/// The merge passes then never meet an isolated small room, which they could not erase from a
+/// 32-bit label image.
+std::vector<RemovedIsland> removeIslands(RoomGraph& rooms, double area_threshold);
+
+}  // namespace vorund::rooms
