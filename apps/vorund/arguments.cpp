@@ -2,6 +2,9 @@
 
 #include <CLI/CLI.hpp>
 
+#include "option_checks.h"
+#include "score_arguments.h"
+
 namespace vorund::app {
 namespace {
 
@@ -10,20 +13,17 @@ constexpr char kStatuses[] =
     "Exit status: 0 success, 1 failure (one line on standard error tells the file and the cause),\n"
     "2 wrong usage, 130 or 143 interrupted.";
 
+constexpr int kMostJobs = 1024;
+
 /// What the options that need a second look were given.
 struct Raw {
     std::string free;
     std::string values = "map";
+    bool straight_borders = false;
     bool verbose = false;
     bool quiet = false;
     bool version = false;
 };
-
-const CLI::Validator& notEmpty() {
-    static const CLI::Validator validator(
-        [](std::string& text) { return text.empty() ? std::string("must not be empty") : ""; }, "");
-    return validator;
-}
 
 void addSettings(CLI::App& command, SettingsArguments& settings) {
     command.add_option("--config", settings.file, "YAML file of settings")
@@ -38,21 +38,27 @@ void addSettings(CLI::App& command, SettingsArguments& settings) {
         ->type_name("KEY=VALUE");
 }
 
-void addSegment(CLI::App& app, Arguments& arguments, Raw& raw) {
-    CLI::App& command = *app.add_subcommand("segment", "Find the rooms of a map");
+void addMapsAndOutput(CLI::App& command, Arguments& arguments) {
     command
-        .add_option("MAP", arguments.map,
-                    "map_server YAML file, or an image at 0.05 m per pixel with light floor")
+        .add_option("MAP", arguments.maps,
+                    "map_server YAML file, or an image at 0.05 m per pixel with light floor; "
+                    "several of them, or folders of them, are a batch: the results of NAME.png go "
+                    "to DIR/NAME, a YAML file and its image are one map, *_gt_segmentation* is "
+                    "left out")
         ->required()
         ->check(notEmpty());
     command
         .add_option("--out", arguments.output_dir,
-                    "directory for segments.png (0 background, 1 to 254 rooms, 255 floor that no "
-                    "room reached) and segments_color.png")
+                    "directory for the results: rooms.png (0 no room, else the room's label), "
+                    "rooms.json, rooms.geojson (outlines in metres), pictures of the rooms, their "
+                    "borders, graph and cuts, and what was found before rooms were merged: "
+                    "segments.png (0 background, 1 to 254 rooms, 255 floor that no room reached)")
         ->required()
         ->check(notEmpty())
         ->type_name("DIR");
-    addSettings(command, arguments.settings);
+}
+
+void addReading(CLI::App& command, Raw& raw) {
     command.add_option("--free", raw.free, "which end of the grey scale is floor: white or black")
         ->check(CLI::IsMember({"white", "black"}))
         ->type_name("COLOUR");
@@ -62,10 +68,29 @@ void addSegment(CLI::App& app, Arguments& arguments, Raw& raw) {
                     "the values to segment, walls high")
         ->check(CLI::IsMember({"map", "raw"}))
         ->type_name("KIND");
+}
+
+void addBatch(CLI::App& command, Arguments& arguments) {
+    command.add_option("--jobs", arguments.jobs, "of a batch: maps at the same time")
+        ->check(CLI::Range(1, kMostJobs))
+        ->type_name("N");
+    command.add_flag("--resume", arguments.resume,
+                     "of a batch: leave out maps whose DIR/NAME/rooms.json is there");
+}
+
+void addSegment(CLI::App& app, Arguments& arguments, Raw& raw) {
+    CLI::App& command = *app.add_subcommand("segment", "Find the rooms of a map");
+    addMapsAndOutput(command, arguments);
+    addSettings(command, arguments.settings);
+    command.add_flag("--straight-borders", raw.straight_borders,
+                     "draw the borders between rooms along their straight cuts (the setting "
+                     "rooms/straight_borders)");
+    addReading(command, raw);
     command.add_flag("--save-images", arguments.save_images,
                      "keep the image of every stage and a log in DIR/debug");
     command.add_flag("--show-images", arguments.show_images,
                      "show the image of every stage and wait for a key at the end");
+    addBatch(command, arguments);
     CLI::Option* const quiet =
         command.add_flag("--quiet", raw.quiet, "tell errors alone on standard error");
     command.add_flag("--verbose", raw.verbose, "tell all that the library says")->excludes(quiet);
@@ -101,6 +126,7 @@ Arguments parseArguments(int argc, const char* const* argv) {
     addSegment(app, arguments, raw);
     CLI::App& config = *app.add_subcommand("config", "Print the settings in force as YAML");
     addSettings(config, arguments.settings);
+    CLI::App& score = addScore(app, arguments.score);
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp&) {
@@ -113,8 +139,12 @@ Arguments parseArguments(int argc, const char* const* argv) {
         arguments.text = "vorund " VORUND_VERSION "\n";
         return arguments;
     }
-    if (app.get_subcommands().empty()) throw UsageError("a command is needed: segment or config");
-    arguments.command = app.got_subcommand(&config) ? Command::kConfig : Command::kSegment;
+    if (app.get_subcommands().empty())
+        throw UsageError("a command is needed: segment, score or config");
+    arguments.command = Command::kSegment;
+    if (app.got_subcommand(&config)) arguments.command = Command::kConfig;
+    if (app.got_subcommand(&score)) arguments.command = Command::kScore;
+    if (raw.straight_borders) arguments.settings.sets.emplace_back("rooms/straight_borders=true");
     arguments.reading = readOptions(raw);
     arguments.verbosity = verbosity(raw);
     return arguments;

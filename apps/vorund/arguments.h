@@ -6,6 +6,7 @@
 
 #include "terminal.h"
 #include "vorund/rooms/map_reader.h"
+#include "vorund/rooms/score_files.h"
 
 namespace vorund::app {
 
@@ -21,19 +22,34 @@ struct SettingsArguments {
     std::vector<std::string> sets;  ///< KEY=VALUE, applied in this order after the file.
 };
 
-enum class Command { kPrint, kSegment, kConfig };
+/// What is compared with what.
+struct ScoreArguments {
+    std::string predicted;  ///< A file, or for a batch a folder.
+    std::string truth;      ///< Likewise.
+    std::string map;        ///< Empty for the one beside the truth.
+    bool batch = false;
+    std::string variant = rooms::kBareVariant;
+    rooms::ScoreOptions options;
+    bool json = false;
+};
+
+enum class Command { kPrint, kSegment, kConfig, kScore };
 
 struct Arguments {
     Command command = Command::kPrint;
     std::string text;  ///< For `kPrint`: help or version.
 
     SettingsArguments settings;
-    std::string map;
+    std::vector<std::string> maps;  ///< Files and folders.
     std::string output_dir;
     rooms::MapReadOptions reading;
     bool save_images = false;
     bool show_images = false;
+    int jobs = 1;         ///< For several maps: how many at the same time.
+    bool resume = false;  ///< Likewise: those with results are left out.
     Verbosity verbosity = Verbosity::kNormal;
+
+    ScoreArguments score;
 };
 
 /// @throws UsageError

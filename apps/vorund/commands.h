@@ -14,10 +14,23 @@ class Interrupted : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// Finds the rooms of a map, writes the images and prints one line on standard output.
+/// Finds the rooms of a map, writes the results and prints one line on standard output; for several
+/// maps see `runBatch`.
 /// @throws std::runtime_error  that names the file and the cause; nothing is left behind then.
 /// @throws Interrupted         likewise.
 void runSegment(const Arguments& arguments, Terminal& terminal);
+
+/// Does `runSegment` for each of several maps, in a process of its own, and prints a table on
+/// standard output. A map that fails does not stop the others.
+/// @throws UsageError          before anything is done: two maps have the same name.
+/// @throws std::runtime_error  if a folder cannot be read, and at the end if maps failed.
+/// @throws Interrupted         with the results of finished maps in place.
+void runBatch(const Arguments& arguments, Terminal& terminal);
+
+/// Prints how well label images agree with the truth.
+/// @throws std::runtime_error  that names the file and the cause; for a batch at the end, if there
+///         are maps that could not be scored.
+void runScore(const ScoreArguments& arguments);
 
 /// Prints the settings in force on standard output.
 /// @throws std::runtime_error  that names the file and the cause.

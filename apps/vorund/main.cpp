@@ -10,6 +10,7 @@
 #include "commands.h"
 #include "console.h"
 #include "interrupts.h"
+#include "map_list.h"
 #include "report.h"
 #include "terminal.h"
 
@@ -41,10 +42,14 @@ void run(const Arguments& arguments) {
     }
     Terminal terminal(arguments.verbosity);
     const Console console(terminal);
-    if (arguments.command == Command::kConfig) {
-        runConfig(arguments, terminal);
-    } else {
-        runSegment(arguments, terminal);
+    switch (arguments.command) {
+        case Command::kConfig:
+            return runConfig(arguments, terminal);
+        case Command::kScore:
+            return runScore(arguments.score);
+        default:
+            return isBatch(arguments.maps) ? runBatch(arguments, terminal)
+                                           : runSegment(arguments, terminal);
     }
 }
 

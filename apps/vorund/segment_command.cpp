@@ -1,27 +1,21 @@
-#include <algorithm>
-#include <array>
 #include <chrono>
-#include <cstdint>
-#include <iomanip>
-#include <locale>
 #include <memory>
 #include <opencv2/highgui.hpp>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 
 #include "commands.h"
 #include "interrupts.h"
 #include "report.h"
+#include "segment_outputs.h"
 #include "settings_in_force.h"
 #include "silent_standard_error.h"
+#include "summary.h"
 #include "vorund/debugger.h"
-#include "vorund/floorplan_segmenter.h"
 #include "vorund/rooms/file_output.h"
+#include "vorund/rooms/find_rooms.h"
 #include "vorund/rooms/grid_map.h"
 #include "vorund/rooms/map_reader.h"
-#include "vorund/rooms/room_picture.h"
-#include "vorund/rooms/segment_map.h"
 
 namespace vorund::app {
 namespace {
@@ -36,11 +30,11 @@ void stopIfInterrupted(const std::string& map) {
 rooms::GridMap readMap(const Arguments& arguments) {
     const SilentStandardError silence(arguments.verbosity != Verbosity::kVerbose);
     try {
-        return rooms::readMap(arguments.map, arguments.reading);
+        return rooms::readMap(arguments.maps.front(), arguments.reading);
     } catch (const rooms::MapError&) {
         throw;  // Names the file itself.
     } catch (const std::exception& error) {
-        throw std::runtime_error(arguments.map + ": " + causeOf(error));
+        throw std::runtime_error(arguments.maps.front() + ": " + causeOf(error));
     }
 }
 
@@ -57,7 +51,7 @@ DebuggerConfig debuggerConfig(const Arguments& arguments, const Config& config,
     return debugger;
 }
 
-StageObserver observer(Terminal& terminal) {
+StageObserver progress(Terminal& terminal) {
     return [&terminal](const std::string& stage, int done, int total) {
         const bool counts = total > 1 && done > 0;
         terminal.progress(stage + (counts ? " " + std::to_string(done) : "") + " ...");
@@ -66,23 +60,26 @@ StageObserver observer(Terminal& terminal) {
 }
 
 struct Result {
-    cv::Mat labels;
-    cv::Mat picture;
+    rooms::Rooms rooms;
+    RunImages images;
 };
 
 /// The debugger, and with it the log file, is closed when this returns.
-Result segment(const rooms::GridMap& map, const Config& config, const DebuggerConfig& diagnostics,
-               Terminal& terminal) {
+Result segment(const rooms::GridMap& map, const rooms::Settings& settings,
+               const DebuggerConfig& diagnostics, Terminal& terminal) {
     // On a full disk the encoder has its say too.
     const bool hides_encoder =
         diagnostics.save_images && terminal.verbosity() != Verbosity::kVerbose;
     const SilentStandardError silence(hides_encoder);
     const std::shared_ptr<Debugger> debugger = Debugger::create(diagnostics);
     if (diagnostics.save_images) debugger->initLog();
-    FloorplanSegmenter segmenter(config, debugger);
-    const cv::Mat labels = rooms::segmentMap(map, segmenter, observer(terminal));
+    Result result;
+    rooms::FlowObserver observer;
+    observer.progress = progress(terminal);
+    keepImages(observer, result.images);
+    result.rooms = rooms::findRooms(map, settings, debugger, observer);
     terminal.clearProgress();
-    return {labels, rooms::drawRooms(map.picture, labels)};
+    return result;
 }
 
 /// Fails by what the library logged as an error: that an image of a stage could not be written.
@@ -98,38 +95,19 @@ void failIfErrorsWereLogged(const std::string& output_dir, const DebuggerConfig&
     throw std::runtime_error(output_dir + ": " + error);
 }
 
-Result segmentOrFail(const Arguments& arguments, const rooms::GridMap& map, const Config& config,
-                     const DebuggerConfig& diagnostics, Terminal& terminal) {
+Result segmentOrFail(const Arguments& arguments, const rooms::GridMap& map,
+                     const rooms::Settings& settings, const DebuggerConfig& diagnostics,
+                     Terminal& terminal) {
     Result result;
     try {
-        result = segment(map, config, diagnostics, terminal);
+        result = segment(map, settings, diagnostics, terminal);
     } catch (const Cancelled&) {
-        stopIfInterrupted(arguments.map);  // Else an error was logged.
+        stopIfInterrupted(arguments.maps.front());  // Else an error was logged.
     } catch (const std::exception& error) {
-        throw std::runtime_error(arguments.map + ": " + causeOf(error));
+        throw std::runtime_error(arguments.maps.front() + ": " + causeOf(error));
     }
     failIfErrorsWereLogged(arguments.output_dir, diagnostics, terminal);
     return result;
-}
-
-int countRooms(const cv::Mat& labels) {
-    std::array<bool, 256> present{};
-    for (int row = 0; row < labels.rows; ++row) {
-        const auto* const line = labels.ptr<std::uint8_t>(row);
-        std::for_each(line, line + labels.cols, [&](std::uint8_t label) { present[label] = true; });
-    }
-    return static_cast<int>(std::count(present.begin() + 1, present.end() - 1, true));
-}
-
-std::string summary(const rooms::GridMap& map, const cv::Mat& labels, double seconds) {
-    const int rooms = countRooms(labels);
-    std::ostringstream text;
-    text.imbue(std::locale::classic());
-    text << std::fixed << std::setprecision(1) << rooms << (rooms == 1 ? " room, " : " rooms, ")
-         << labels.cols << " x " << labels.rows << " pixels (" << labels.cols * map.resolution
-         << " m x " << labels.rows * map.resolution << " m), " << std::setprecision(2) << seconds
-         << " s\n";
-    return text.str();
 }
 
 void showUntilKey(const cv::Mat& picture) {
@@ -145,19 +123,21 @@ void showUntilKey(const cv::Mat& picture) {
 void runSegment(const Arguments& arguments, Terminal& terminal) {
     const auto start = std::chrono::steady_clock::now();
     noteInterrupts();
-    const Config config = settingsInForce(arguments.settings, terminal);
+    if (arguments.resume) {
+        throw UsageError("--resume has a meaning for several maps or a folder only");
+    }
+    const rooms::Settings settings = settingsInForce(arguments.settings, terminal);
     const rooms::GridMap map = readMap(arguments);
     // Before the long computation, so that a directory that cannot be written to is told at once.
     rooms::FileOutput output(arguments.output_dir);
-    const DebuggerConfig diagnostics = debuggerConfig(arguments, config, output, terminal);
-    const Result result = segmentOrFail(arguments, map, config, diagnostics, terminal);
-    output.writeImage("segments.png", result.labels);
-    output.writeImage("segments_color.png", result.picture);
-    stopIfInterrupted(arguments.map);
+    const DebuggerConfig diagnostics = debuggerConfig(arguments, settings.core, output, terminal);
+    const Result result = segmentOrFail(arguments, map, settings, diagnostics, terminal);
+    writeResults(map, result.rooms, result.images, output);
+    stopIfInterrupted(arguments.maps.front());
     output.commit();
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-    printResult(summary(map, result.labels, elapsed.count()));
-    if (diagnostics.show_images) showUntilKey(result.picture);
+    printResult(summaryLine(result.rooms, elapsed.count()));
+    if (diagnostics.show_images) showUntilKey(paintRooms(map, result.rooms));
 }
 
 }  // namespace vorund::app

@@ -5,11 +5,11 @@
 namespace vorund::app {
 namespace {
 
-std::vector<std::string> applyAll(const std::vector<std::string>& sets, Config& config) {
+std::vector<std::string> applyAll(const std::vector<std::string>& sets, rooms::Settings& settings) {
     std::vector<std::string> warnings;
     for (const std::string& set : sets) {
         try {
-            for (const std::string& warning : rooms::applySetting(set, config)) {
+            for (const std::string& warning : rooms::applySetting(set, settings)) {
                 warnings.push_back("--set: " + warning);
             }
         } catch (const rooms::SettingError& error) {
@@ -21,17 +21,17 @@ std::vector<std::string> applyAll(const std::vector<std::string>& sets, Config& 
 
 }  // namespace
 
-Config settingsInForce(const SettingsArguments& arguments, Terminal& terminal) {
-    Config tried;
+rooms::Settings settingsInForce(const SettingsArguments& arguments, Terminal& terminal) {
+    rooms::Settings tried;
     applyAll(arguments.sets, tried);  // Wrong usage is told before any file is looked at.
 
-    Config config;
+    rooms::Settings settings;
     std::vector<std::string> warnings;
-    if (!arguments.file.empty()) warnings = rooms::loadSettings(arguments.file, config);
-    const std::vector<std::string> more = applyAll(arguments.sets, config);
+    if (!arguments.file.empty()) warnings = rooms::loadSettings(arguments.file, settings);
+    const std::vector<std::string> more = applyAll(arguments.sets, settings);
     warnings.insert(warnings.end(), more.begin(), more.end());
     for (const std::string& warning : warnings) terminal.warn(warning);
-    return config;
+    return settings;
 }
 
 }  // namespace vorund::app

@@ -2,13 +2,13 @@
 
 #include "arguments.h"
 #include "terminal.h"
-#include "vorund/config.h"
+#include "vorund/rooms/room_settings.h"
 
 namespace vorund::app {
 
 /// The defaults, over them the file, over them the single settings. Warnings go to the terminal.
 /// @throws UsageError           for a single setting that cannot be used.
 /// @throws rooms::SettingError  for the file.
-Config settingsInForce(const SettingsArguments& arguments, Terminal& terminal);
+rooms::Settings settingsInForce(const SettingsArguments& arguments, Terminal& terminal);
 
 }  // namespace vorund::app

@@ -31,7 +31,9 @@ void Terminal::write(const std::string& text) const {
 void Terminal::warn(const std::string& text) {
     if (verbosity_ == Verbosity::kQuiet) return;
     clearProgress();
-    write(errorLine("warning: " + text));
+    const std::string line = errorLine("warning: " + text);
+    write(line);
+    warnings_.insert(line);
 }
 
 void Terminal::detail(const std::string& text) {

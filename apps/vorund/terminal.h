@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <set>
 #include <string>
 
 namespace vorund::app {
@@ -20,6 +21,9 @@ class Terminal {
 
     /// Not if quiet.
     void warn(const std::string& text);
+
+    /// Whether that line stands on standard error by `warn`.
+    bool hasWarned(const std::string& line) const { return warnings_.count(line) > 0; }
 
     /// A line of the library, if verbose.
     void detail(const std::string& text);
@@ -42,6 +46,7 @@ class Terminal {
     bool shows_progress_;
     std::size_t progress_length_ = 0;
     std::string first_error_;
+    std::set<std::string> warnings_;
 };
 
 }  // namespace vorund::app

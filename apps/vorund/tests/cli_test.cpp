@@ -13,13 +13,13 @@
 #include <string>
 #include <vector>
 
-#include "program.h"
-#include "support/captures.h"
+#include "cli_fixture.h"
 
 namespace vorund::test {
 namespace {
 
 using ::testing::AllOf;
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
@@ -29,77 +29,6 @@ using ::testing::Not;
 using ::testing::StartsWith;
 
 constexpr char kTwoRoomsSummary[] = "2 rooms, 140 x 80 pixels \\(7.0 m x 4.0 m\\), [0-9.]+ s\n";
-
-/// Two rooms of 3 m x 3.2 m, a wall of 0.2 m between them and a door of 0.7 m in it.
-cv::Mat twoRooms() {
-    cv::Mat map(80, 140, CV_8UC1, cv::Scalar(0));
-    map(cv::Rect(8, 8, 60, 64)) = 254;
-    map(cv::Rect(72, 8, 60, 64)) = 254;
-    map(cv::Rect(68, 33, 4, 14)) = 254;
-    return map;
-}
-
-/// 96 times the same: long enough at work that a signal comes in time.
-cv::Mat manyRooms() {
-    cv::Mat map;
-    cv::repeat(twoRooms(), 12, 8, map);
-    return map;
-}
-
-class CliTest : public ::testing::Test {
- protected:
-    std::string image(const std::string& name, const cv::Mat& pixels) const {
-        const std::string path = folder_.file(name);
-        EXPECT_TRUE(cv::imwrite(path, pixels));
-        return path;
-    }
-
-    /// A map_server file about an image of that name, with these other lines.
-    std::string mapYaml(const std::string& image_name, const std::string& lines) const {
-        return folder_.write("map.yaml", "image: " + image_name +
-                                             "\norigin: [0, 0, 0]\nnegate: 0\n" +
-                                             "occupied_thresh: 0.65\nfree_thresh: 0.196\n" + lines);
-    }
-
-    std::string out() const { return folder_.file("out"); }
-
-    Outcome segment(const std::string& map, const std::vector<std::string>& options = {}) const {
-        std::vector<std::string> arguments{"segment", map, "--out", out()};
-        arguments.insert(arguments.end(), options.begin(), options.end());
-        return runProgram(arguments);
-    }
-
-    cv::Mat result(const std::string& name) const {
-        return cv::imread(out() + "/" + name, cv::IMREAD_UNCHANGED);
-    }
-
-    bool exists(const std::string& path) const {
-        struct stat status {};
-        return ::lstat(path.c_str(), &status) == 0;
-    }
-
-    /// All that is in a directory, hidden files too.
-    std::set<std::string> names(const std::string& directory) const {
-        std::set<std::string> found;
-        for (const auto& entry : std::filesystem::directory_iterator(directory)) {
-            found.insert(entry.path().filename().string());
-        }
-        return found;
-    }
-
-    /// Status 1, one line on standard error that names the file and then tells the cause, and
-    /// nothing left behind.
-    void expectFailure(const Outcome& outcome, const std::string& file, const std::string& cause) {
-        EXPECT_EQ(outcome.status, 1);
-        EXPECT_EQ(outcome.out, "");
-        ASSERT_THAT(splitLines(outcome.err),
-                    ElementsAre(AllOf(StartsWith("vorund: " + file + ": "), HasSubstr(cause))));
-        EXPECT_THAT(outcome.err, EndsWith("\n"));
-        EXPECT_FALSE(exists(out()));
-    }
-
-    TempDir folder_;
-};
 
 using CliUsage = CliTest;
 using CliConfig = CliTest;
@@ -116,11 +45,12 @@ TEST_F(CliUsage, PrintsTheVersion) {
 TEST_F(CliUsage, PrintsHelpOfTheProgramAndOfItsCommands) {
     const Outcome program = runProgram({"--help"});
     EXPECT_EQ(program.status, 0);
-    EXPECT_THAT(program.out, AllOf(HasSubstr("segment"), HasSubstr("config")));
+    EXPECT_THAT(program.out, AllOf(HasSubstr("segment"), HasSubstr("score"), HasSubstr("config")));
     const Outcome command = runProgram({"segment", "--help"});
     EXPECT_EQ(command.status, 0);
-    for (const char* option : {"MAP", "--out", "--config", "--set", "--free", "--values",
-                               "--save-images", "--show-images", "--verbose", "--quiet"}) {
+    for (const char* option :
+         {"MAP", "--out", "--config", "--set", "--free", "--values", "--save-images",
+          "--show-images", "--straight-borders", "--jobs", "--resume", "--verbose", "--quiet"}) {
         EXPECT_THAT(command.out, HasSubstr(option));
     }
     EXPECT_EQ(program.err + command.err, "");
@@ -169,6 +99,7 @@ TEST_F(CliConfig, PrintsTheDefaults) {
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(YAML::Load(outcome.out)["dilate_binary"]["kernel_size"].as<int>(), 3);
+    EXPECT_FALSE(YAML::Load(outcome.out)["rooms"]["straight_borders"].as<bool>());
     const Outcome again = runProgram({"config", "--config", VORUND_DEFAULT_YAML});
     EXPECT_EQ(again.out, outcome.out);
     EXPECT_EQ(again.err, "");
@@ -216,7 +147,7 @@ TEST_F(CliSegment, WritesLabelsAndAPictureAndOneLine) {
     const int left = labels.at<std::uint8_t>(40, 38);
     const int right = labels.at<std::uint8_t>(40, 102);
     EXPECT_NE(left, right);
-    EXPECT_THAT((std::set<int>{left, right}), Not(::testing::Contains(::testing::AnyOf(0, 255))));
+    EXPECT_THAT((std::set<int>{left, right}), Not(Contains(::testing::AnyOf(0, 255))));
     EXPECT_EQ(labels.at<std::uint8_t>(2, 2), 0);
 
     const cv::Mat picture = result("segments_color.png");
@@ -333,7 +264,7 @@ TEST_F(CliSegment, KeepsTheImagesOfTheStagesAndALog) {
     EXPECT_THAT(readFile(out() + "/debug/vorund.log"),
                 AllOf(HasSubstr("Session Started"), HasSubstr("Segment finish with 2 regions"),
                       HasSubstr("Session Ended")));
-    EXPECT_THAT(names(out()), ElementsAre("debug", "segments.png", "segments_color.png"));
+    EXPECT_THAT(names(out()), AllOf(Contains("debug"), Contains("rooms.json")));
 }
 
 TEST_F(CliSegment, KeepsTheImagesWhenTheFileOfSettingsSaysSo) {
@@ -393,8 +324,8 @@ TEST_F(CliBadInput, AFileThatIsMissing) {
     expectFailure(segment(map), map, "No such file or directory");
 }
 
-TEST_F(CliBadInput, ADirectory) {
-    expectFailure(segment(folder_.path()), folder_.path(), "Is a directory");
+TEST_F(CliBadInput, ADirectoryWithoutMaps) {
+    expectFailure(segment(folder_.path()), folder_.path(), "it holds no map");
 }
 
 TEST_F(CliBadInput, AnEmptyFile) {

@@ -1,0 +1,136 @@
+#include <cstdint>
+#include <nlohmann/json.hpp>
+
+#include "cli_fixture.h"
+
+namespace vorund::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::MatchesRegex;
+
+using Json = nlohmann::json;
+
+constexpr double kPixelArea = 0.05 * 0.05;  // [m^2]
+
+class SegmentOutputs : public CliTest {
+ protected:
+    Json json(const std::string& name) const { return Json::parse(readFile(out() + "/" + name)); }
+};
+
+/// Two rooms, and in the wall below them a closet of 0.525 m^2 without a door.
+cv::Mat twoRoomsAndACloset() {
+    cv::Mat map;
+    cv::copyMakeBorder(twoRooms(), map, 0, 30, 0, 0, cv::BORDER_CONSTANT, cv::Scalar(0));
+    map(cv::Rect(60, 85, 14, 15)) = 254;
+    return map;
+}
+
+TEST_F(SegmentOutputs, AreTheFilesOfOneRun) {
+    ASSERT_EQ(segment(image("map.png", twoRooms())).status, 0);
+    EXPECT_THAT(names(out()),
+                ElementsAre("borders.png", "cuts.png", "graph.png", "rooms.geojson", "rooms.json",
+                            "rooms.png", "rooms_color.png", "segments.png", "segments_color.png"));
+}
+
+TEST_F(SegmentOutputs, NumberTheRoomsInReadingOrder) {
+    ASSERT_EQ(segment(image("map.png", twoRooms())).status, 0);
+    const cv::Mat rooms = result("rooms.png");
+    ASSERT_EQ(rooms.type(), CV_8UC1);
+    ASSERT_EQ(rooms.size(), cv::Size(140, 80));
+    EXPECT_EQ(rooms.at<std::uint8_t>(40, 38), 1);
+    EXPECT_EQ(rooms.at<std::uint8_t>(40, 102), 2);
+    EXPECT_EQ(rooms.at<std::uint8_t>(2, 2), 0);
+    EXPECT_EQ(cv::countNonZero(rooms > 2), 0);
+}
+
+TEST_F(SegmentOutputs, HoldPicturesForPeople) {
+    ASSERT_EQ(segment(image("map.png", twoRooms())).status, 0);
+    for (const char* name : {"rooms_color.png", "borders.png", "cuts.png", "graph.png"}) {
+        EXPECT_EQ(result(name).type(), CV_8UC3) << name;
+    }
+    EXPECT_EQ(result("rooms_color.png").size(), cv::Size(140, 80));
+}
+
+TEST_F(SegmentOutputs, TellOfRoomsAndBorders) {
+    ASSERT_EQ(segment(image("map.png", twoRooms())).status, 0);
+    const Json rooms = json("rooms.json");
+    EXPECT_EQ(rooms["format"], 1);
+    EXPECT_EQ(rooms["map"]["width"], 140);
+    EXPECT_EQ(rooms["map"]["height"], 80);
+    const cv::Mat labels = result("rooms.png");
+    ASSERT_EQ(rooms["rooms"].size(), 2U);
+    for (int label = 1; label <= 2; ++label) {
+        const Json& room = rooms["rooms"][static_cast<std::size_t>(label - 1)];
+        EXPECT_EQ(room["label"], label);
+        EXPECT_NEAR(room["area_m2"].get<double>(), cv::countNonZero(labels == label) * kPixelArea,
+                    1e-6);
+    }
+    ASSERT_EQ(rooms["borders"].size(), 1U);
+    EXPECT_EQ(rooms["borders"][0]["rooms"], (Json{1, 2}));
+    EXPECT_EQ(rooms["islands"], Json::array());
+}
+
+TEST_F(SegmentOutputs, HoldTheOutlinesInMetres) {
+    ASSERT_EQ(segment(image("map.png", twoRooms())).status, 0);
+    const Json outlines = json("rooms.geojson");
+    EXPECT_EQ(outlines["type"], "FeatureCollection");
+    ASSERT_EQ(outlines["features"].size(), 2U);
+    EXPECT_EQ(outlines["features"][0]["id"], 1);
+    EXPECT_EQ(outlines["features"][1]["id"], 2);
+    // All of the map lies within 7 m x 4 m.
+    for (const Json& point : outlines["features"][1]["geometry"]["coordinates"][0]) {
+        EXPECT_GE(point[0].get<double>(), 0.0);
+        EXPECT_LE(point[0].get<double>(), 7.0);
+        EXPECT_GE(point[1].get<double>(), 0.0);
+        EXPECT_LE(point[1].get<double>(), 4.0);
+    }
+}
+
+TEST_F(SegmentOutputs, HaveTheSameBytesOnEveryRun) {
+    const std::string map = image("map.png", twoRoomsAndACloset());
+    ASSERT_EQ(segment(map).status, 0);
+    const std::string again = folder_.file("again");
+    ASSERT_EQ(runProgram({"segment", map, "--out", again}).status, 0);
+    ASSERT_EQ(names(again), names(out()));
+    for (const std::string& name : names(again)) {
+        EXPECT_TRUE(readFile(again + "/" + name) == readFile(out() + "/" + name)) << name;
+    }
+}
+
+TEST_F(SegmentOutputs, TellOfOneRoomAndOfIslandsInOneLine) {
+    const cv::Mat one_room = twoRooms()(cv::Rect(0, 0, 68, 80));
+    cv::Mat closed;
+    cv::copyMakeBorder(one_room, closed, 0, 0, 0, 2, cv::BORDER_CONSTANT, cv::Scalar(0));
+    EXPECT_THAT(segment(image("one.png", closed)).out,
+                MatchesRegex("1 room, 70 x 80 pixels \\(3.5 m x 4.0 m\\), [0-9.]+ s\n"));
+    EXPECT_THAT(segment(image("island.png", twoRoomsAndACloset())).out,
+                MatchesRegex("2 rooms, 1 island removed, 140 x 110 pixels \\(7.0 m x 5.5 m\\), "
+                             "[0-9.]+ s\n"));
+    const Json islands = json("rooms.json")["islands"];
+    ASSERT_EQ(islands.size(), 1U);
+    EXPECT_LE(islands[0]["area_m2"].get<double>(), 14 * 15 * kPixelArea);
+}
+
+TEST_F(SegmentOutputs, FollowTheSettingsOfRooms) {
+    const std::string map = image("map.png", twoRooms());
+    ASSERT_EQ(segment(map).status, 0);
+    EXPECT_EQ(json("rooms.json")["settings"]["rooms"]["straight_borders"], false);
+    ASSERT_EQ(segment(map, {"--straight-borders"}).status, 0);
+    const std::string by_option = readFile(out() + "/rooms.json");
+    EXPECT_EQ(Json::parse(by_option)["settings"]["rooms"]["straight_borders"], true);
+    const std::string file = folder_.write("settings.yaml", "rooms: {straight_borders: true}");
+    ASSERT_EQ(segment(map, {"--config", file}).status, 0);
+    EXPECT_EQ(readFile(out() + "/rooms.json"), by_option);
+}
+
+TEST_F(SegmentOutputs, JoinRoomsAsTheSettingsSay) {
+    // The door is 0.7 m wide: nothing parts the rooms if borders above 0.3 m are open.
+    const Outcome outcome = segment(image("map.png", twoRooms()),
+                                    {"--set", "merge_edges_in_place/length_threshold=0.3"});
+    EXPECT_THAT(outcome.out, ::testing::StartsWith("1 room, "));
+    EXPECT_EQ(cv::countNonZero(result("rooms.png") > 1), 0);
+}
+
+}  // namespace
+}  // namespace vorund::test
