@@ -179,9 +179,11 @@ cv::Mat Resampling::labelsToMap(const cv::Mat& labels, const cv::Mat& values) co
                                     : anyLabelsToMap<std::int32_t>(labels, values);
 }
 
-cv::Mat Resampling::maskToMap(const cv::Mat& mask) const {
+cv::Mat Resampling::maskToMap(const cv::Mat& mask, const cv::Mat& values) const {
     require(mask.type() == CV_8UC1 && mask.size() == working_size_,
             "Resampling::maskToMap: The mask must be CV_8UC1 and of the working size.");
+    require(values.type() == CV_32FC1 && values.size() == size_,
+            "Resampling::maskToMap: The values must be CV_32FC1 and of the map's size.");
     if (identity_) return mask.clone();
     cv::Mat own(size_, CV_8UC1);
     for (int row = 0; row < own.rows; ++row) {
@@ -190,6 +192,7 @@ cv::Mat Resampling::maskToMap(const cv::Mat& mask) const {
                 mask.at<std::uint8_t>(at(working_row_of_, row), at(working_col_of_, col));
         }
     }
+    own.setTo(0, values > static_cast<double>(kWallThreshold));
     return own;
 }
 

@@ -1,6 +1,7 @@
 #include "vorund/rooms/rooms.h"
 
 #include <cstdint>
+#include <stdexcept>
 
 namespace vorund::rooms {
 
@@ -11,7 +12,11 @@ int Rooms::roomAt(const cv::Point& pixel) const {
 
 int Rooms::roomAt(const cv::Point2d& metres) const {
     const GridMap frame{labels, {}, resolution, origin};
-    return roomAt(metresToPixel(frame, metres));
+    try {
+        return roomAt(metresToPixel(frame, metres));
+    } catch (const std::invalid_argument&) {
+        return 0;  // Further away than pixels can be counted, or no number at all.
+    }
 }
 
 }  // namespace vorund::rooms

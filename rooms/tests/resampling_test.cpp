@@ -507,9 +507,9 @@ TEST(Resampling, RejectsImagesOfAnotherTypeOrSize) {
                 ThrowsMessage<std::invalid_argument>(about_labels));
     const char* about_mask =
         "Resampling::maskToMap: The mask must be CV_8UC1 and of the working size.";
-    EXPECT_THAT([&] { resampling.maskToMap(cv::Mat(20, 20, CV_32SC1)); },
+    EXPECT_THAT([&] { resampling.maskToMap(cv::Mat(20, 20, CV_32SC1), values); },
                 ThrowsMessage<std::invalid_argument>(about_mask));
-    EXPECT_THAT([&] { resampling.maskToMap(cv::Mat(40, 40, CV_8UC1)); },
+    EXPECT_THAT([&] { resampling.maskToMap(cv::Mat(40, 40, CV_8UC1), values); },
                 ThrowsMessage<std::invalid_argument>(about_mask));
 }
 
@@ -541,7 +541,10 @@ TEST(Resampling, LooksAMaskUpAtTheCentresOfThePixels) {
     mask.at<std::uint8_t>(3, 5) = 255;
     cv::Mat expected(40, 40, CV_8UC1, cv::Scalar(0));
     expected(cv::Rect(10, 6, 2, 2)).setTo(255);
-    EXPECT_THAT(finer.maskToMap(mask), test::MatEq(expected));
+    cv::Mat values(40, 40, CV_32FC1, cv::Scalar(0.0));
+    values.at<float>(7, 11) = 1.0F;  // Wall is no part of a mask of floor.
+    expected.at<std::uint8_t>(7, 11) = 0;
+    EXPECT_THAT(finer.maskToMap(mask, values), test::MatEq(expected));
 
     // A pixel of 0.1 m has its centre at the corner of four working pixels: the lower right holds
     // it, since a pixel holds its left and its upper edge.
@@ -550,7 +553,8 @@ TEST(Resampling, LooksAMaskUpAtTheCentresOfThePixels) {
     wide_mask.at<std::uint8_t>(7, 11) = 255;
     cv::Mat one(20, 20, CV_8UC1, cv::Scalar(0));
     one.at<std::uint8_t>(3, 5) = 255;
-    EXPECT_THAT(coarser.maskToMap(wide_mask), test::MatEq(one));
+    const cv::Mat floor(20, 20, CV_32FC1, cv::Scalar(0.0));
+    EXPECT_THAT(coarser.maskToMap(wide_mask, floor), test::MatEq(one));
 }
 
 }  // namespace

@@ -74,8 +74,10 @@ Rooms findRooms(const GridMap& map, const Settings& settings, std::shared_ptr<De
     tell(observer, kStepIslands, rooms);
 
     begin(observer, kStepMergeNodes);
-    mergeBySizeAndBorderLength(rooms, settings.core,
-                               [&](const std::string& pass) { tell(observer, pass, rooms); });
+    mergeBySizeAndBorderLength(rooms, settings.core, [&](const std::string& pass) {
+        tell(observer, pass, rooms);
+        if (pass == kStepMergeNodes) begin(observer, kStepMergeEdges);
+    });
 
     begin(observer, kStepCuts);
     const auto [picture, cuts] = findCuts(rooms);
@@ -88,13 +90,12 @@ Rooms findRooms(const GridMap& map, const Settings& settings, std::shared_ptr<De
     result.resolution = map.resolution;
     result.origin = map.origin;
     result.settings = settings;
-    result.unreached = resampling.maskToMap(segmented == kLine);
+    result.unreached = resampling.maskToMap(segmented == kLine, map.values);
     result.unreached_pixels = cv::countNonZero(result.unreached);
-    const cv::Mat lines = (rooms.labels == kLine) & (segmented != kLine) & (labels != 0);
-    result.lines = resampling.maskToMap(lines);
     fillRecords({resampling.labelsToMap(labels, map.values), rooms.graph, cuts, islands,
                  resampling.isIdentity() ? 1.0 : kWorkingResolution / map.resolution},
                 result);
+    result.lines = linesBetween(result.labels);
     return result;
 }
 

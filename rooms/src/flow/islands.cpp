@@ -84,16 +84,16 @@ void erasePixels(RoomGraph& rooms, const std::set<int>& removed) {
 std::vector<RemovedIsland> removeIslands(RoomGraph& rooms, double area_threshold) {
     std::set<int> unvisited;
     for (const auto& [label, data] : rooms.graph.nodes()) unvisited.insert(label);
-    const double smallest =
-        std::max(areaOf(rooms.graph, unvisited) * kSmallPartOfMap, area_threshold);
+    // Merging adds the areas in another order, which may round the total up, or a part down.
+    const double of_map = areaOf(rooms.graph, unvisited) * kSmallPartOfMap + kMargin;
 
     std::vector<std::set<int>> islands;
     std::set<int> removed;
     while (!unvisited.empty()) {
         const std::set<int> part = partOf(rooms.graph, *unvisited.begin());
         for (const int label : part) unvisited.erase(label);
-        // Merging adds the areas in another order, which may round below the threshold.
-        const double limit = part.size() > 1 ? smallest + kMargin : smallest;
+        const double limit =
+            std::max(of_map, part.size() > 1 ? area_threshold + kMargin : area_threshold);
         if (!(areaOf(rooms.graph, part) < limit)) continue;
         islands.push_back(part);
         removed.insert(part.begin(), part.end());

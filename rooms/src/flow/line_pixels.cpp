@@ -30,6 +30,7 @@ int smallestBeside(const cv::Mat& segmented, int row, int col) {
 }
 
 Successors findSuccessors(const cv::Mat& segmented, const cv::Mat& merged) {
+    const cv::Mat separated = drawSeparators(segmented);
     Successors successors;
     successors.fill(kUnknown);
     // A room so thin that all of it became line is no node of the graph: it goes with the room of a
@@ -40,8 +41,9 @@ Successors findSuccessors(const cv::Mat& segmented, const cv::Mat& merged) {
         for (int col = 0; col < segmented.cols; ++col) {
             const std::size_t before = segmented.at<std::uint8_t>(row, col);
             const int now = merged.at<std::int32_t>(row, col);
-            // A line that joined a room when its two rooms did says the same as their pixels.
-            if (now != kLine) successors[before] = now;
+            // What became of a line says nothing of its room: it may have been a border of two
+            // others that became one, or gone with an island that touched it.
+            if (separated.at<std::uint8_t>(row, col) != kLine) successors[before] = now;
             if (smaller_neighbour[before] == kUnknown) {
                 smaller_neighbour[before] = smallestBeside(segmented, row, col);
             }

@@ -7,10 +7,15 @@ namespace vorund::rooms {
 /// Value of the lines between rooms, and of unreached floor, in the core's label images.
 inline constexpr int kLine = 255;
 
-/// The label image with a line one pixel wide between rooms that touch: `doSegment` leaves no gap,
-/// and borders are looked for on lines. A room pixel becomes a line where one of its four
+/// The lines, one pixel wide, along which rooms touch: room pixels of which one of the four
 /// neighbours belongs to a room of a smaller label.
-/// @param labels  `CV_8UC1`.
+/// @param labels  `CV_32SC1`, 0 = no room, other values = rooms.
+/// @return `CV_8UC1`, 255 on the lines.
+cv::Mat linesBetween(const cv::Mat& labels);
+
+/// The label image with those lines drawn into it: `doSegment` leaves no gap between rooms, and
+/// borders are looked for on lines.
+/// @param labels  `CV_8UC1` from `doSegment`, 255 = unreached.
 cv::Mat drawSeparators(const cv::Mat& labels);
 
 }  // namespace vorund::rooms

@@ -32,19 +32,19 @@ GraphProcessor::OptimalLine lineFrom(const cv::Point2f& start, const cv::Point2f
 
 TEST(FindCuts, CutsADoorwayFromWallToWall) {
     const test::PlainCapture plain;
-    // The line of the doorway is in column 6, from row 2 to row 6.
-    cv::Mat image(9, 13, CV_8UC1, cv::Scalar(0));
-    image(cv::Rect(0, 0, 6, 9)) = 2;
-    image(cv::Rect(7, 0, 6, 9)) = 9;
-    image(cv::Rect(6, 2, 1, 5)) = kLine;
+    // The line of the doorway is in column 6, from row 3 to row 11.
+    cv::Mat image(15, 13, CV_8UC1, cv::Scalar(0));
+    image(cv::Rect(0, 0, 6, 15)) = 2;
+    image(cv::Rect(7, 0, 6, 15)) = 9;
+    image(cv::Rect(6, 3, 1, 9)) = kLine;
     const RoomGraph rooms = roomGraph(image);
     const auto [picture, cuts] = findCuts(rooms);
     ASSERT_THAT(cuts, SizeIs(1));
     EXPECT_EQ(cuts.begin()->first, Edge(2, 9));
     const GraphProcessor::OptimalLine& line = cuts.begin()->second;
-    EXPECT_EQ(line.center, cv::Point2f(6.0F, 4.0F));
+    EXPECT_EQ(line.center, cv::Point2f(6.0F, 7.0F));
     EXPECT_EQ(line.angle, 90.0F);
-    EXPECT_EQ(line.effective_length, 4.0F);
+    EXPECT_EQ(line.effective_length, 8.0F);
     EXPECT_EQ(picture.type(), CV_8UC3);
     EXPECT_EQ(picture.size(), image.size());
 }

@@ -52,10 +52,12 @@ class VORUND_EXPORT Resampling {
     /// @throws std::invalid_argument  for other types or sizes.
     cv::Mat labelsToMap(const cv::Mat& labels, const cv::Mat& values) const;
 
-    /// A mask at the working resolution on the map's own pixels, each looked up at its centre.
-    /// @param mask  `CV_8UC1` of the working size.
-    /// @throws std::invalid_argument  for another type or size.
-    cv::Mat maskToMap(const cv::Mat& mask) const;
+    /// A mask of floor at the working resolution on the map's own pixels: each is looked up at its
+    /// centre, wall pixels become 0. With `isIdentity` the mask comes back as it is.
+    /// @param mask    `CV_8UC1` of the working size.
+    /// @param values  As for `labelsToMap`.
+    /// @throws std::invalid_argument  for other types or sizes.
+    cv::Mat maskToMap(const cv::Mat& mask, const cv::Mat& values) const;
 
  private:
     template <class T>

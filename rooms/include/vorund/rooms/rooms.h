@@ -74,8 +74,8 @@ struct VORUND_EXPORT Rooms {
     Settings settings;                       ///< That gave these rooms.
 
     /// The label of the room that holds a pixel or a point of the map frame [m]; 0 outside of all
-    /// rooms and of the map. In constant time.
-    /// @throws std::invalid_argument  as `metresToPixel`.
+    /// rooms and of the map. In constant time. (A `cv::Point` is a pixel, a `cv::Point2d` metres:
+    /// for a `Place` pass `metres`.)
     int roomAt(const cv::Point& pixel) const;
     int roomAt(const cv::Point2d& metres) const;
 };
