@@ -117,11 +117,13 @@ class VORUND_EXPORT FloorplanSegmenter {
     enum class Overflow { kSaturate, kFail };
 
     cv::Mat doSegment(const cv::Mat& raw_image, const StageObserver& observer, Overflow overflow);
-    std::pair<cv::Mat, int> overSegment(const cv::Mat& ridge_image, const LabelsListResult& labels,
-                                        const Config::OverSegmentConfig& config, Overflow overflow);
-    LabelsListResult computeLabelsList(const cv::Mat& image, const cv::Mat& mask_image,
-                                       const Config::ComputeLabelsListConfig& config,
-                                       const StageObserver& observer, Overflow overflow);
+    std::pair<cv::Mat, int> growFromSeeds(const cv::Mat& ridge_image,
+                                          const LabelsListResult& labels,
+                                          const Config::OverSegmentConfig& config,
+                                          Overflow overflow);
+    LabelsListResult computeScales(const cv::Mat& image, const cv::Mat& mask_image,
+                                   const Config::ComputeLabelsListConfig& config,
+                                   const StageObserver& observer, Overflow overflow);
     cv::Mat fillBetweenRooms(const cv::Mat& over_segmented, const cv::Mat& denoised,
                              const cv::Mat& boundary);
     void showStage(const std::string& name, const cv::Mat& image);

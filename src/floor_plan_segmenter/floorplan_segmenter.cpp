@@ -95,11 +95,11 @@ cv::Mat FloorplanSegmenter::doSegment(const cv::Mat& raw_image, const StageObser
 
     begin(kStageScales, internal::mostScales(config_.compute_labels_list));
     const LabelsListResult scales =
-        computeLabelsList(dilated, denoised, config_.compute_labels_list, observer, overflow);
+        computeScales(dilated, denoised, config_.compute_labels_list, observer, overflow);
 
     begin(kStageOverSegment);
     const auto [over_segmented, max_label] =
-        overSegment(ridges, scales, config_.over_segment, overflow);
+        growFromSeeds(ridges, scales, config_.over_segment, overflow);
     debugger_->logInfo("Completed over-segmentation");
     showStage("54cpp_over_segmented", over_segmented);
 

@@ -55,13 +55,13 @@ void requireFewRegions(const std::vector<std::map<int, int>>& mappers) {
 std::pair<cv::Mat, int> FloorplanSegmenter::overSegment(const cv::Mat& ridge_image,
                                                         const LabelsListResult& labels,
                                                         const Config::OverSegmentConfig& config) {
-    return overSegment(ridge_image, labels, config, Overflow::kSaturate);
+    return growFromSeeds(ridge_image, labels, config, Overflow::kSaturate);
 }
 
-std::pair<cv::Mat, int> FloorplanSegmenter::overSegment(const cv::Mat& ridge_image,
-                                                        const LabelsListResult& labels,
-                                                        const Config::OverSegmentConfig& config,
-                                                        Overflow overflow) {
+std::pair<cv::Mat, int> FloorplanSegmenter::growFromSeeds(const cv::Mat& ridge_image,
+                                                          const LabelsListResult& labels,
+                                                          const Config::OverSegmentConfig& config,
+                                                          Overflow overflow) {
     std::vector<cv::Mat> seed_maps = labels.labels_list;
     requireSeedMaps(seed_maps, labels.ncc_list);
     for (std::size_t i = 0; i < seed_maps.size(); ++i) {

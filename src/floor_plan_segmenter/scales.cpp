@@ -9,12 +9,13 @@ namespace vorund {
 LabelsListResult FloorplanSegmenter::computeLabelsList(
     const cv::Mat& image, const cv::Mat& mask_image,
     const Config::ComputeLabelsListConfig& config) {
-    return computeLabelsList(image, mask_image, config, StageObserver(), Overflow::kSaturate);
+    return computeScales(image, mask_image, config, StageObserver(), Overflow::kSaturate);
 }
 
-LabelsListResult FloorplanSegmenter::computeLabelsList(
-    const cv::Mat& image, const cv::Mat& mask_image, const Config::ComputeLabelsListConfig& config,
-    const StageObserver& observer, Overflow overflow) {
+LabelsListResult FloorplanSegmenter::computeScales(const cv::Mat& image, const cv::Mat& mask_image,
+                                                   const Config::ComputeLabelsListConfig& config,
+                                                   const StageObserver& observer,
+                                                   Overflow overflow) {
     LabelsListResult result;
     const int most_scales = internal::mostScales(config);
     cv::Mat mask;
