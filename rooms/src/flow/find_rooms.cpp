@@ -8,9 +8,9 @@
 #include "flow/merging.h"
 #include "flow/records.h"
 #include "flow/separators.h"
+#include "maps/working_map.h"
 #include "vorund/graph_processor.h"
 #include "vorund/rooms/map_reader.h"
-#include "working_map.h"
 
 namespace vorund::rooms {
 namespace {
