@@ -52,6 +52,11 @@ std::map<int, cv::Vec3b> segmentColours(const cv::Mat& segments, int border_valu
     return colours;
 }
 
+/// Truncated and brought into the range; what is no number is the least.
+int sizeFrom(double value, int least, int most) {
+    return value >= least ? static_cast<int>(std::min<double>(value, most)) : least;
+}
+
 cv::Point clampInto(const cv::Point& point, const cv::Size& size) {
     return {std::clamp(point.x, 0, std::max(size.width - 1, 0)),
             std::clamp(point.y, 0, std::max(size.height - 1, 0))};
@@ -61,7 +66,7 @@ void drawEdges(cv::Mat& picture, const Graph& graph) {
     for (const auto& [edge, data] : graph.edges()) {
         const cv::Point from = clampInto(graph.nodes().at(edge.first).position, picture.size());
         const cv::Point to = clampInto(graph.nodes().at(edge.second).position, picture.size());
-        const int thickness = static_cast<int>(std::clamp(2.0 * data.length, 1.0, 5.0));
+        const int thickness = sizeFrom(2.0 * data.length, 1, 5);
         cv::line(picture, from, to, cv::Scalar(0, 255, 255), thickness, cv::LINE_8);
     }
 }
@@ -69,7 +74,7 @@ void drawEdges(cv::Mat& picture, const Graph& graph) {
 void drawNode(cv::Mat& picture, int label, const NodeData& data) {
     const cv::Scalar white(255, 255, 255);
     const cv::Point centre = clampInto(data.position, picture.size());
-    const int radius = static_cast<int>(std::clamp(2.0 * std::sqrt(data.area), 3.0, 20.0));
+    const int radius = sizeFrom(2.0 * std::sqrt(data.area), 3, 20);
     cv::circle(picture, centre, radius, cv::Scalar(0, 0, 255), cv::FILLED, cv::LINE_8);
     cv::circle(picture, centre, radius, white, 2, cv::LINE_8);
 

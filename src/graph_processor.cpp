@@ -85,7 +85,6 @@ std::map<int, PixelSums> sumLabels(const cv::Mat& segments) {
 }
 
 std::map<int, PixelSums> sumSegments(const cv::Mat& segments) {
-    if (segments.empty()) return {};
     if (segments.type() == CV_32SC1) return sumLabels<std::int32_t>(segments);
     if (segments.type() == CV_8UC1) return sumLabels<std::uint8_t>(segments);
     throw std::runtime_error("Unsupported segments mat type: " + std::to_string(segments.type()));
@@ -211,6 +210,7 @@ cv::Point getPosition(const cv::Mat& segments, int label) {
 Graph createGraph(const cv::Mat& segments, const cv::Mat& borders_map, const BorderIds& border_ids,
                   int border_value) {
     Graph graph;
+    if (segments.empty()) return graph;
     for (const auto& [label, sum] : sumSegments(segments)) {
         if (label == 0 || label == border_value) continue;
         const double area = static_cast<double>(sum.count) * kMetresPerPixel * kMetresPerPixel;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <queue>
 #include <stdexcept>
 #include <tuple>
@@ -36,7 +37,10 @@ NodeData mergedData(const NodeData& u, const NodeData& v) {
     NodeData merged{u.area + v.area, u.position};
     if (merged.area > kNoArea) {
         const auto weigh = [&](int of_u, int of_v) {
-            return static_cast<int>(std::round((of_u * u.area + of_v * v.area) / merged.area));
+            const double weighed = std::round((of_u * u.area + of_v * v.area) / merged.area);
+            // Areas that a client has made up may give anything.
+            const bool is_int = std::abs(weighed) <= std::numeric_limits<int>::max();
+            return is_int ? static_cast<int>(weighed) : of_u;
         };
         merged.position = {weigh(u.position.x, v.position.x), weigh(u.position.y, v.position.y)};
     }

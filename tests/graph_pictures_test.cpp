@@ -1,4 +1,5 @@
 #include <gmock/gmock.h>
+#include <cmath>
 
 #include <opencv2/imgproc.hpp>
 #include <stdexcept>
@@ -368,6 +369,18 @@ TEST(GraphPictures, AreTheSameOnASecondRun) {
                 MatEq(visualizeBorders(found.borders_map, image)));
     EXPECT_THAT(visualizeGraph(found.graph, kCanvas, image),
                 MatEq(visualizeGraph(found.graph, kCanvas, image)));
+}
+
+TEST(VisualizeGraph, DrawsAreasAndLengthsThatAreNoNumbersAsTheSmallest) {
+    const auto draw = [](double area, double length) {
+        Graph graph;
+        graph.addNode(1, {area, cv::Point(20, 20)});
+        graph.addNode(2, {area, cv::Point(60, 20)});
+        graph.addEdge(1, 2, {length});
+        return GraphProcessor::visualizeGraph(graph, cv::Size(80, 40), cv::Mat());
+    };
+    EXPECT_THAT(draw(std::nan(""), std::nan("")), test::MatEq(draw(0.1, 0.1)));
+    EXPECT_THAT(draw(-1.0, -1.0), test::MatEq(draw(0.1, 0.1)));
 }
 
 }  // namespace

@@ -830,5 +830,13 @@ TEST(FindGraphRepresentation, GivesTheSameOnASecondRun) {
     EXPECT_EQ(regionGraph(second.graph), regionGraph(first.graph));
 }
 
+TEST(CreateGraph, RefusesABordersMapOfAnotherType) {
+    EXPECT_THAT(
+        [] { GraphProcessor::createGraph(test::labels("1 9 2"), test::labels32(". 1 ."), {}, 9); },
+        ::testing::ThrowsMessage<std::runtime_error>(
+            "createGraph: The borders map must be of type CV_8UC1."));
+    EXPECT_TRUE(GraphProcessor::createGraph(cv::Mat(), test::labels32("1"), {}, 9).nodes().empty());
+}
+
 }  // namespace
 }  // namespace vorund::test

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <limits>
 #include <map>
+#include <opencv2/imgproc.hpp>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -851,6 +852,35 @@ TEST(OptimalBorderRectifier, GivesTheSameOnASecondRun) {
     const Lines second = quietLines(rectifier);
     ASSERT_EQ(first.size(), second.size());
     for (const auto& [id, line] : first) EXPECT_TRUE(sameLine(second.at(id), line)) << id;
+}
+
+TEST(OptimalBorderRectifier, RefusesImagesOfOtherTypesOrSizes) {
+    const cv::Mat bytes = cv::Mat::zeros(4, 4, CV_8UC1);
+    const cv::Mat wide = cv::Mat::zeros(4, 4, CV_32SC1);
+    const cv::Mat smaller = cv::Mat::zeros(4, 3, CV_8UC1);
+    for (const auto& [segments, borders] :
+         {std::pair(wide, bytes), {bytes, wide}, {bytes, smaller}, {smaller, bytes}}) {
+        EXPECT_THAT([&] { GraphProcessor::OptimalBorderRectifier(segments, borders, {}); },
+                    ::testing::ThrowsMessage<std::runtime_error>(
+                        "OptimalBorderRectifier: Images must be CV_8UC1 of the same size."));
+    }
+}
+
+TEST(VisualizeOptimalResults, WritesTheLegend) {
+    const cv::Mat segments = cv::Mat(120, 400, CV_8UC1, cv::Scalar(255));  // Black: all line.
+    const cv::Mat picture = GraphProcessor::OptimalBorderRectifier(
+                                segments, cv::Mat::zeros(segments.size(), CV_8UC1), {})
+                                .visualizeOptimalResults({});
+    cv::Mat expected = cv::Mat::zeros(segments.size(), CV_8UC3);
+    const auto write = [&](const char* text, int baseline, const cv::Scalar& colour) {
+        cv::putText(expected, text, cv::Point(10, baseline), cv::FONT_HERSHEY_SIMPLEX, 0.5, colour);
+    };
+    write("Red: Original borders", 20, {0, 0, 255});
+    write("Green: H/V aligned (weight>=0.9)", 40, {0, 255, 0});
+    write("Yellow: Near H/V (weight>=0.7)", 60, {0, 255, 255});
+    write("Orange: Other angles", 80, {0, 165, 255});
+    write("White dots: Center points", 100, {255, 255, 255});
+    EXPECT_THAT(picture, test::MatEq(expected));
 }
 
 }  // namespace

@@ -34,7 +34,7 @@ struct GraphRepresentation {
     Graph graph;
 };
 
-/// The 3 x 3 cell around a point, with 0 outside the image; same type as the map.
+/// The 3 x 3 cell around a point of the map, with 0 outside the image; same type as the map.
 /// @throws std::runtime_error  if the map is empty.
 VORUND_EXPORT cv::Mat extractCellAndPad(const cv::Mat& map, const cv::Point& point);
 
@@ -93,7 +93,7 @@ VORUND_EXPORT cv::Point getPosition(const cv::Mat& segments, int label);
 /// whose two labels are nodes.
 /// @param segments     `CV_32SC1` or `CV_8UC1`.
 /// @param borders_map  `CV_8UC1`, with its ids.
-/// @throws std::runtime_error  for another type of `segments`.
+/// @throws std::runtime_error  for another type of either image.
 VORUND_EXPORT Graph createGraph(const cv::Mat& segments, const cv::Mat& borders_map,
                                 const BorderIds& border_ids, int border_value);
 
@@ -111,12 +111,14 @@ VORUND_EXPORT cv::Mat visualizeSegments(const cv::Mat& segments, int border_valu
 
 /// The borders in colours over the darkened label image, or over black if `segments` is empty.
 /// @param borders_map  `CV_8UC1`, not empty.
-/// @throws std::runtime_error  otherwise.
+/// @param segments     Of the same size, as for `visualizeSegments`.
+/// @throws std::runtime_error  for other types.
 VORUND_EXPORT cv::Mat visualizeBorders(const cv::Mat& borders_map, const cv::Mat& segments);
 
 /// The graph drawn over the darkened label image, or over black if `background` is empty: larger
 /// rooms as larger discs, longer borders as thicker lines.
-/// @throws std::out_of_range  if an edge names a label that is no node.
+/// @throws std::runtime_error  as `visualizeSegments` for the background.
+/// @throws std::out_of_range   if an edge names a label that is no node.
 VORUND_EXPORT cv::Mat visualizeGraph(const Graph& graph, const cv::Size& size,
                                      const cv::Mat& background);
 
@@ -199,6 +201,7 @@ class VORUND_EXPORT OptimalBorderRectifier {
 /// @param segments     `CV_8UC1` label image with its lines.
 /// @param name         Not used.
 /// @return The picture of `visualizeOptimalResults`, and the lines by border id.
+/// @throws std::runtime_error  for images of other types or sizes, and if they are empty.
 VORUND_EXPORT std::pair<cv::Mat, std::map<int, OptimalLine>> processOptimalBorderRectification(
     const cv::Mat& borders_map, const BorderIds& border_ids, const cv::Mat& segments,
     const std::string& name);

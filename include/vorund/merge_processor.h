@@ -15,7 +15,8 @@ struct NodePriorityElement {
     int degree;  ///< Number of neighbours.
 };
 
-/// For `std::priority_queue`: the top has the smallest degree, then the smallest area.
+/// For `std::priority_queue`: the top has the smallest degree, then the smallest area, then the
+/// smallest label.
 VORUND_EXPORT bool operator<(const NodePriorityElement& a, const NodePriorityElement& b);
 
 /// Queue entry of `mergeEdgesInPlace`.
@@ -24,7 +25,8 @@ struct EdgePriorityElement {
     Edge edge;
 };
 
-/// For `std::priority_queue`: the top has the greatest key, that is the shortest border.
+/// For `std::priority_queue`: the top has the greatest key, that is the shortest border; of equal
+/// ones that of the smallest edge.
 VORUND_EXPORT bool operator<(const EdgePriorityElement& a, const EdgePriorityElement& b);
 
 /// Merging of rooms that are too small, or joined by borders too long for a doorway. Graph, label
@@ -53,7 +55,8 @@ VORUND_EXPORT void mergeSegmentsMapInPlace(const Graph& graph, cv::Mat& segments
 /// Merges every room below `area_threshold` into the neighbour with the longest common border, one
 /// at a time, rooms with few neighbours first. Before each step isolated small rooms are cleaned
 /// away, which fails on a 32-bit label image: a caller removes them beforehand.
-/// @throws std::runtime_error  on an isolated room below 1 % of all rooms or `area_threshold`.
+/// @throws std::runtime_error  on an isolated room below 1 % of all rooms or `area_threshold`, if
+///         the label image is not `CV_8UC1`.
 VORUND_EXPORT void mergeNodesInPlace(Graph& graph, cv::Mat& segments, cv::Mat& borders,
                                      BorderIds& border_ids, int border_value,
                                      const Config::MergeNodesInPlaceConfig& config);
@@ -66,7 +69,8 @@ VORUND_EXPORT void mergeEdgesInPlace(Graph& graph, cv::Mat& segments, cv::Mat& b
 
 /// Deletes rooms without neighbours that are smaller than `area_threshold` or than 1 % of all rooms
 /// together. [m^2]
-/// @param segments  `CV_8UC1` if there is anything to delete, see below.
+/// @param segments  `CV_8UC1` if there is anything to delete.
+/// @throws std::runtime_error  otherwise.
 VORUND_EXPORT void cleanSmallDisconnectedSegmentsInPlace(Graph& graph, cv::Mat& segments,
                                                          int border_value, double area_threshold);
 
