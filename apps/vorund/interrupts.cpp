@@ -26,6 +26,7 @@ void noteSignal(int signal) {
 void noteInterrupts() {
     noteSignal(SIGINT);
     noteSignal(SIGTERM);
+    noteSignal(SIGHUP);
 }
 
 int notedInterrupt() {

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -59,6 +60,8 @@ Worker::Worker(const std::vector<std::string>& arguments) {
     }
     process_ = ::fork();
     if (process_ == 0) {
+        // A worker without its parent would write where a resumed run writes too.
+        ::prctl(PR_SET_PDEATHSIG, SIGTERM);
         ::dup2(out[1], STDOUT_FILENO);
         ::dup2(err[1], STDERR_FILENO);
         ::execv(kThisProgram, pointers.data());

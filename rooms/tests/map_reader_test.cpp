@@ -384,6 +384,12 @@ TEST_F(ReadMap, RejectsAnOriginThatIsNotThreeFiniteNumbers) {
     }
 }
 
+TEST_F(ReadMap, RejectsAnOriginThatIsTooFarForMicrometres) {
+    for (const char* value : {"[1e12, 0, 0]", "[0, -2e8, 0]"}) {
+        expectYamlErrorWith(std::string("origin: ") + value, "origin is more than 1e8 m away");
+    }
+}
+
 TEST_F(ReadMap, RejectsThresholdsOutOfRange) {
     expectYamlErrorWith("free_thresh: -0.1",
                         "free_thresh must be a number from 0 to 1, not '-0.1'");

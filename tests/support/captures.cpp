@@ -13,12 +13,27 @@
 #include <iostream>
 #include <iterator>
 #include <mutex>
+#include <opencv2/core.hpp>
 #include <stdexcept>
 #include <utility>
 
 #include "vorund/debugger.h"
 
 namespace vorund::test {
+
+#if defined(__SANITIZE_THREAD__)
+namespace {
+
+/// The thread sanitizer does not see how the threads inside OpenCV wait for each other, so there
+/// are none: what it reports is about our own.
+const bool kOpenCvHasOneThread = [] {
+    cv::setNumThreads(1);
+    return true;
+}();
+
+}  // namespace
+#endif
+
 namespace {
 
 constexpr char kChannel[] = "ros.vorund";

@@ -54,6 +54,11 @@ Origin readOrigin(const YAML::Node& node) {
         numbers[i] = value.value_or(0.0);
     }
     if (!usable) throw MapError("origin must be three finite numbers [x, y, yaw]");
+    // Further out micrometres are lost, to which results are written.
+    constexpr double kFurthest = 1e8;  // [m]
+    if (std::abs(numbers[0]) > kFurthest || std::abs(numbers[1]) > kFurthest) {
+        throw MapError("origin is more than 1e8 m away");
+    }
     return {numbers[0], numbers[1], numbers[2]};
 }
 
