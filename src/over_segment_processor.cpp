@@ -6,13 +6,12 @@
 #include <iterator>
 #include <opencv2/imgproc.hpp>
 #include <set>
-#include <stdexcept>
 
-#include "internal/plain_output.h"
 #include "internal/require.h"
 #include "internal/text.h"
 #include "over_segment_pictures.h"
 #include "seed_inheritance.h"
+#include "seed_selection.h"
 
 namespace vorund {
 namespace {
@@ -46,51 +45,6 @@ std::vector<int> labelsOf(const cv::Mat& image) {
     return {values.begin(), values.end()};
 }
 
-void printMappers(const std::vector<LabelMap>& mappers) {
-    internal::TextStream text;
-    text << "Debug: mappers contents:\n";
-    for (std::size_t i = 0; i < mappers.size(); ++i) {
-        text << "  mapper[" << i << "]:\n";
-        for (const auto& [local, global] : mappers[i]) {
-            text << "    local_label " << local << " -> global_label " << global << '\n';
-        }
-    }
-    internal::printPlain(text.str());
-}
-
-int weightOf(const std::map<std::string, int>& weights, const char* name) {
-    const auto found = weights.find(name);
-    return found == weights.end() ? 1 : found->second;
-}
-
-/// In 64 bits, since weights may be any integers.
-std::int64_t weightedScale(std::int64_t start, std::int64_t end,
-                           const std::map<std::string, int>& weights) {
-    std::int64_t weight_of_start = weightOf(weights, "start");
-    const std::int64_t weight_of_end = weightOf(weights, "end");
-    if (weight_of_start + weight_of_end == 0) weight_of_start = 1;
-    const std::int64_t sum = weight_of_start + weight_of_end;
-    return sum == 0 ? 0 : (start * weight_of_start + end * weight_of_end) / sum;
-}
-
-std::int64_t chosenScale(const std::pair<int, int>& lifespan,
-                         const Config::GenerateMapInitialSeedsConfig& config) {
-    const auto [start, end] = lifespan;
-    if (config.method == "start") return start;
-    if (config.method == "end") return end;
-    if (config.method == "middle") return (std::int64_t{start} + end) / 2;
-    if (config.method == "weighted") return weightedScale(start, end, config.weights);
-    throw std::runtime_error("generateMapInitialSeeds: Unknown method: " + config.method);
-}
-
-/// The smallest local label with that global label, or -1.
-int localLabelOf(const LabelMap& mapper, int global) {
-    for (const auto& [local, its_global] : mapper) {
-        if (its_global == global) return local;
-    }
-    return -1;
-}
-
 cv::Mat seedMask(const cv::Mat& seed_map, int local) {
     cv::Mat mask = cv::Mat::zeros(seed_map.size(), CV_8UC1);
     mask.setTo(1, seed_map == local);
@@ -120,9 +74,9 @@ void markBackground(cv::Mat& markers, const cv::Mat& finest_seed_map) {
     }
 }
 
-void writePicture(const std::shared_ptr<Debugger>& debugger, const std::string& name,
-                  const cv::Mat& picture) {
-    if (debugger) debugger->write(name, picture, false);
+/// Pictures that nobody sees are not drawn.
+bool isSeen(const std::shared_ptr<Debugger>& debugger) {
+    return debugger && debugger->takesImages();
 }
 
 }  // namespace
@@ -149,18 +103,17 @@ std::vector<LabelMap> OverSegmentProcessor::findConsistentGlobalLabels(
     for (std::size_t i = count - 1; i-- > 0;) {
         const cv::Mat& finer = labels_map_list_in[i];
         const std::vector<int> labels = labelsOf(finer);
-        const auto parents =
-            internal::findParents(labels_map_list_in[i + 1], coarser_labels, finer);
+        const auto parents = internal::findParents(
+            coarser_labels, internal::valuesUnderFirstPixels(labels_map_list_in[i + 1], finer));
         mappers[i] = internal::globalLabels(labels, parents, mappers[i + 1], counter);
-        if (!mappers[i].empty()) {
-            writePicture(
-                debugger,
+        if (!mappers[i].empty() && isSeen(debugger)) {
+            debugger->write(
                 "50cpp_local_global_label_sigma_" + internal::fixedText(sigmas[i]) + ".png",
                 internal::drawLocalAndGlobalLabels(finer, mappers[i]));
         }
         coarser_labels = labels;
     }
-    printMappers(mappers);
+    internal::printMappers(mappers);
     return mappers;
 }
 
@@ -175,9 +128,10 @@ std::map<int, std::pair<int, int>> OverSegmentProcessor::findLifespans(
             lifespan->second.first = i;
         }
     }
-    if (lifespans.empty()) return lifespans;
-    writePicture(debugger, "51cpp_lifespans_visualization.png",
-                 internal::drawLifespans(lifespans, static_cast<int>(mappers.size())));
+    if (!lifespans.empty() && isSeen(debugger)) {
+        debugger->write("51cpp_lifespans_visualization.png",
+                        internal::drawLifespans(lifespans, static_cast<int>(mappers.size())));
+    }
     return lifespans;
 }
 
@@ -186,23 +140,16 @@ std::map<int, cv::Mat> OverSegmentProcessor::generateMapInitialSeeds(
     const std::vector<cv::Mat>& labels_map_list_in,
     const Config::GenerateMapInitialSeedsConfig& config, std::shared_ptr<Debugger> debugger) {
     std::map<int, cv::Mat> seeds;
-    if (labels_map_list_in.empty() || mappers.empty()) return seeds;
-
-    const std::int64_t last_scale = static_cast<std::int64_t>(mappers.size()) - 1;
-    for (const auto& [global, lifespan] : lifespans) {
-        if (std::int64_t{lifespan.second} - lifespan.first < config.filter_threshold) continue;
-        const auto scale = static_cast<std::size_t>(
-            std::clamp(chosenScale(lifespan, config), std::int64_t{0}, last_scale));
-        const int local = localLabelOf(mappers[scale], global);
-        if (local == -1) continue;
-        seeds[global] = seedMask(labels_map_list_in.at(scale), local);
+    if (labels_map_list_in.empty()) return seeds;
+    for (const auto& [global, seed] : internal::chooseSeeds(lifespans, mappers, config)) {
+        seeds[global] = seedMask(labels_map_list_in.at(seed.scale), seed.local);
     }
 
-    if (seeds.empty()) return seeds;
-    writePicture(debugger, "52cpp_map_initial_seeds_visualization.png",
-                 internal::drawSeedOverview(seeds, labels_map_list_in.front().size()));
+    if (seeds.empty() || !isSeen(debugger)) return seeds;
+    debugger->write("52cpp_map_initial_seeds_visualization.png",
+                    internal::drawSeedOverview(seeds, labels_map_list_in.front().size()));
     for (const auto& [global, mask] : seeds) {
-        writePicture(debugger, "52cpp_seed_label_" + std::to_string(global) + ".png", mask);
+        debugger->write("52cpp_seed_label_" + std::to_string(global) + ".png", mask);
     }
     return seeds;
 }
@@ -218,10 +165,10 @@ cv::Mat OverSegmentProcessor::superposeMapInitialSeeds(
     }
     markBackground(markers, finest);
 
-    writePicture(debugger, "53cpp_superposed_seeds_visualization.png",
-                 internal::drawMarkers(markers));
-    writePicture(debugger, "53cpp_superposed_seeds_stats.png", internal::drawMarkerCounts(markers));
-    writePicture(debugger, "53cpp_superposed_seeds_raw.png", markers);
+    if (!isSeen(debugger)) return markers;
+    debugger->write("53cpp_superposed_seeds_visualization.png", internal::drawMarkers(markers));
+    debugger->write("53cpp_superposed_seeds_stats.png", internal::drawMarkerCounts(markers));
+    debugger->write("53cpp_superposed_seeds_raw.png", markers);
     return markers;
 }
 

@@ -1,19 +1,15 @@
 #include "seed_inheritance.h"
 
-#include <array>
+#include <cstddef>
 #include <cstdint>
 
+#include "internal/plain_output.h"
 #include "internal/require.h"
+#include "internal/text.h"
 
 namespace vorund::internal {
-namespace {
-
-constexpr int kByteValues = 256;
-
-/// For every value of the coarser map, what lies under the first of its pixels that is not over a
-/// zero of the finer one; 0 if there is none.
-std::array<int, kByteValues> valuesUnderFirstPixels(const cv::Mat& coarser, const cv::Mat& finer) {
-    std::array<int, kByteValues> under{};
+ValueTable valuesUnderFirstPixels(const cv::Mat& coarser, const cv::Mat& finer) {
+    ValueTable under{};
     for (int row = 0; row < coarser.rows; ++row) {
         const std::uint8_t* const above = coarser.ptr<std::uint8_t>(row);
         const std::uint8_t* const below = finer.ptr<std::uint8_t>(row);
@@ -25,12 +21,8 @@ std::array<int, kByteValues> valuesUnderFirstPixels(const cv::Mat& coarser, cons
     return under;
 }
 
-}  // namespace
-
-std::map<int, std::vector<int>> findParents(const cv::Mat& coarser,
-                                            const std::vector<int>& coarser_labels,
-                                            const cv::Mat& finer) {
-    const std::array<int, kByteValues> under = valuesUnderFirstPixels(coarser, finer);
+std::map<int, std::vector<int>> findParents(const std::vector<int>& coarser_labels,
+                                            const ValueTable& under) {
     std::map<int, std::vector<int>> parents;
     for (const int label : coarser_labels) {
         const int child = under[static_cast<std::size_t>(label)];
@@ -58,6 +50,18 @@ LabelMap globalLabels(const std::vector<int>& labels,
         }
     }
     return global;
+}
+
+void printMappers(const std::vector<LabelMap>& mappers) {
+    TextStream text;
+    text << "Debug: mappers contents:\n";
+    for (std::size_t i = 0; i < mappers.size(); ++i) {
+        text << "  mapper[" << i << "]:\n";
+        for (const auto& [local, global] : mappers[i]) {
+            text << "    local_label " << local << " -> global_label " << global << '\n';
+        }
+    }
+    printPlain(text.str());
 }
 
 }  // namespace vorund::internal

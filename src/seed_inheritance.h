@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <map>
 #include <opencv2/core.hpp>
 #include <vector>
@@ -12,12 +13,18 @@ using LabelMap = std::map<int, int>;
 /// Global label of a region that several coarser ones run into.
 inline constexpr int kAmbiguous = 255;
 
+/// One entry per value of a seed map.
+using ValueTable = std::array<int, 256>;
+
+/// For every value of the coarser map, what lies under the first of its pixels, in raster order,
+/// that is not over a zero of the finer one; 0 if there is none.
+ValueTable valuesUnderFirstPixels(const cv::Mat& coarser, const cv::Mat& finer);
+
 /// For every label of the finer seed map, the labels of the coarser one that run into it: those
-/// whose first pixel, in raster order, that is not over a zero lies on it.
+/// that have it in `under`, the values under their first pixels.
 /// @throws std::runtime_error  if a label lies over zeros alone.
-std::map<int, std::vector<int>> findParents(const cv::Mat& coarser,
-                                            const std::vector<int>& coarser_labels,
-                                            const cv::Mat& finer);
+std::map<int, std::vector<int>> findParents(const std::vector<int>& coarser_labels,
+                                            const ValueTable& under);
 
 /// Global labels for the labels of a seed map, ascending: the parent's for a label with one parent,
 /// 255 for one with several, and a new one, counted by `counter`, for one without.
@@ -25,5 +32,8 @@ std::map<int, std::vector<int>> findParents(const cv::Mat& coarser,
 LabelMap globalLabels(const std::vector<int>& labels,
                       const std::map<int, std::vector<int>>& parents,
                       const LabelMap& global_of_parent, int& counter);
+
+/// Prints all maps on the plain output.
+void printMappers(const std::vector<LabelMap>& mappers);
 
 }  // namespace vorund::internal

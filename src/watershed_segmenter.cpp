@@ -204,10 +204,9 @@ GaussianSeedsResult WatershedSegmenter::generateGaussianSeedsSkimage(
         }
     }
 
-    const cv::Mat panel = drawSeedSteps(steps, sigma);
-    if (debugger) {
-        debugger->write("40cpp_gaussian_seeds_sigma_" + internal::fixedText(sigma) + ".png", panel,
-                        false);
+    if (debugger && debugger->takesImages()) {
+        debugger->write("40cpp_gaussian_seeds_sigma_" + internal::fixedText(sigma) + ".png",
+                        drawSeedSteps(steps, sigma), false);
     }
     return {steps.marked, ncc};
 }

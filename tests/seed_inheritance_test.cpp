@@ -15,18 +15,18 @@ using ::testing::Pair;
 using ::testing::ThrowsMessage;
 
 TEST(FindParents, TakesTheFirstPixelThatIsNotOverAZero) {
-    const auto parents = findParents(test::labels("1 1 1\n"
-                                                  "2 2 2"),
-                                     {1, 2},
-                                     test::labels(". 4 3\n"
-                                                  ". . 4"));
+    const ValueTable under = valuesUnderFirstPixels(test::labels("1 1 1\n"
+                                                                 "2 2 2"),
+                                                    test::labels(". 4 3\n"
+                                                                 ". . 4"));
+    const auto parents = findParents({1, 2}, under);
     EXPECT_THAT(parents, ElementsAre(Pair(4, ElementsAre(1, 2))));
 }
 
 TEST(FindParents, RefusesALabelThatLiesOverZerosAlone) {
     EXPECT_THAT(
         [] {
-            findParents(test::labels("1 2"), {1, 2}, test::labels("3 ."));
+            findParents({1, 2}, valuesUnderFirstPixels(test::labels("1 2"), test::labels("3 .")));
         },
         ThrowsMessage<std::runtime_error>("findConsistentGlobalLabels: new_m == 0"));
 }

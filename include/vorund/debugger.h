@@ -72,6 +72,10 @@ class VORUND_EXPORT Debugger {
     /// Local time for use in a file name, as in 20240305_140709.
     static std::string getTimestampForFilename();
 
+    /// Whether images are shown or written without being forced. Where not, stages need not draw
+    /// their pictures.
+    bool takesImages() const { return show_images_ || save_images_; }
+
     /// Shows a non-empty image, as it is, in the window of that name, if `show_images` is set.
     /// Where no display can be had, or the window fails, nothing is shown, and the log says so
     /// once, as a warning. 32-bit integers are shown as bytes, saturated.

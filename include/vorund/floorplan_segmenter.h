@@ -15,6 +15,10 @@
 
 namespace vorund {
 
+namespace internal {
+class SeedScales;
+}
+
 /// Seeds of all Gaussian scales. Entry i of each list belongs to scale i; `extra_list` is empty.
 struct LabelsListResult {
     std::vector<double> sigma_list;    ///< Standard deviations. [pixels]
@@ -117,12 +121,19 @@ class VORUND_EXPORT FloorplanSegmenter {
     enum class Overflow { kSaturate, kFail };
 
     cv::Mat doSegment(const cv::Mat& raw_image, const StageObserver& observer, Overflow overflow);
+    std::pair<cv::Mat, int> overSegmentAtScales(const cv::Mat& dilated, const cv::Mat& denoised,
+                                                const cv::Mat& ridges,
+                                                const StageObserver& observer, Overflow overflow);
     std::pair<cv::Mat, int> growFromSeeds(const cv::Mat& ridge_image,
                                           const LabelsListResult& labels,
                                           const Config::OverSegmentConfig& config,
                                           Overflow overflow);
+    std::pair<cv::Mat, int> growFromSeeds(const cv::Mat& ridge_image,
+                                          const internal::SeedScales& seeds, Overflow overflow);
     LabelsListResult computeScales(const cv::Mat& image, const cv::Mat& mask_image,
                                    const Config::ComputeLabelsListConfig& config,
+                                   const StageObserver& observer, Overflow overflow);
+    internal::SeedScales findSeeds(const cv::Mat& dilated, const cv::Mat& denoised,
                                    const StageObserver& observer, Overflow overflow);
     cv::Mat fillBetweenRooms(const cv::Mat& over_segmented, const cv::Mat& denoised,
                              const cv::Mat& boundary);

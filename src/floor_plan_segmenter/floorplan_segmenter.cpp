@@ -7,6 +7,7 @@
 #include "floor_plan_segmenter/observation.h"
 #include "internal/console.h"
 #include "internal/require.h"
+#include "scale_space/seed_scales.h"
 #include "vorund/ridge_filter.h"
 #include "vorund/watershed_segmenter.h"
 
@@ -70,9 +71,7 @@ cv::Mat FloorplanSegmenter::doSegmentExact(const cv::Mat& raw_image,
 
 cv::Mat FloorplanSegmenter::doSegment(const cv::Mat& raw_image, const StageObserver& observer,
                                       Overflow overflow) {
-    const auto begin = [&](const char* stage, int steps = 1) {
-        internal::observe(observer, stage, 0, steps);
-    };
+    const auto begin = [&](const char* stage) { internal::observe(observer, stage, 0, 1); };
     const cv::Mat working = raw_image.clone();
     debugger_->logInfo("Starting floor plan segmentation");
     tellOfAlignment(config_.alignment);
@@ -93,13 +92,8 @@ cv::Mat FloorplanSegmenter::doSegment(const cv::Mat& raw_image, const StageObser
     showStage("30cpp_ridges", ridges);
     showStage("31cpp_boundary", boundary);
 
-    begin(kStageScales, internal::mostScales(config_.compute_labels_list));
-    const LabelsListResult scales =
-        computeScales(dilated, denoised, config_.compute_labels_list, observer, overflow);
-
-    begin(kStageOverSegment);
     const auto [over_segmented, max_label] =
-        growFromSeeds(ridges, scales, config_.over_segment, overflow);
+        overSegmentAtScales(dilated, denoised, ridges, observer, overflow);
     debugger_->logInfo("Completed over-segmentation");
     showStage("54cpp_over_segmented", over_segmented);
 
@@ -115,6 +109,24 @@ cv::Mat FloorplanSegmenter::doSegment(const cv::Mat& raw_image, const StageObser
 
     internal::observe(observer, kStageFinished, 1, 1);
     return rooms;
+}
+
+std::pair<cv::Mat, int> FloorplanSegmenter::overSegmentAtScales(const cv::Mat& dilated,
+                                                                const cv::Mat& denoised,
+                                                                const cv::Mat& ridges,
+                                                                const StageObserver& observer,
+                                                                Overflow overflow) {
+    internal::observe(observer, kStageScales, 0, internal::mostScales(config_.compute_labels_list));
+    if (debugger_->takesImages()) {
+        const LabelsListResult scales =
+            computeScales(dilated, denoised, config_.compute_labels_list, observer, overflow);
+        internal::observe(observer, kStageOverSegment, 0, 1);
+        return growFromSeeds(ridges, scales, config_.over_segment, overflow);
+    }
+    // Without pictures to draw, the seeds of a scale need no image.
+    const internal::SeedScales seeds = findSeeds(dilated, denoised, observer, overflow);
+    internal::observe(observer, kStageOverSegment, 0, 1);
+    return growFromSeeds(ridges, seeds, overflow);
 }
 
 cv::Mat FloorplanSegmenter::fillBetweenRooms(const cv::Mat& over_segmented, const cv::Mat& denoised,

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+namespace vorund::internal {
+
+/// Pixels of one row, from `begin` up to, but without, `end`.
+struct PixelRun {
+    int begin;
+    int end;
+};
+
+/// A set of pixels as the runs of its rows: of a map's free space at a coarse scale there are few.
+class PixelRuns {
+ public:
+    explicit PixelRuns(int rows) : row_begin_(static_cast<std::size_t>(rows) + 1, 0) {}
+
+    /// Adds pixels to the row that is open; one that touches the last run continues it.
+    void add(int begin, int end) {
+        if (runs_.size() > row_begin_[open_row_] && runs_.back().end == begin) {
+            runs_.back().end = end;
+        } else {
+            runs_.push_back({begin, end});
+        }
+    }
+
+    /// Closes the row that is open, the first one to begin with, and opens the next.
+    void closeRow() { row_begin_[++open_row_] = runs_.size(); }
+
+    int rows() const { return static_cast<int>(row_begin_.size()) - 1; }
+    std::size_t size() const { return runs_.size(); }
+    const PixelRun& operator[](std::size_t index) const { return runs_[index]; }
+
+    /// The runs of a row are those from `rowBegin(row)` up to, but without, `rowBegin(row + 1)`.
+    std::size_t rowBegin(int row) const { return row_begin_[static_cast<std::size_t>(row)]; }
+
+ private:
+    std::vector<PixelRun> runs_;
+    std::vector<std::size_t> row_begin_;
+    std::size_t open_row_ = 0;
+};
+
+}  // namespace vorund::internal
