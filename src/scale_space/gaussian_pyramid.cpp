@@ -124,13 +124,12 @@ const cv::Mat& GaussianPyramid::nodes(int level) {
     return levels_[static_cast<std::size_t>(level) - 1];
 }
 
-cv::Mat GaussianPyramid::blurred(double sigma, int level) {
+const cv::Mat& GaussianPyramid::blurred(double sigma, int level) {
     const double in_nodes = sigma / static_cast<double>(1 << level);
     const cv::Mat kernel = gaussian(std::sqrt(in_nodes * in_nodes - 1.0));
-    cv::Mat result;
-    cv::sepFilter2D(nodes(level), result, CV_32F, kernel, kernel, cv::Point(-1, -1), 0.0,
+    cv::sepFilter2D(nodes(level), blurred_, CV_32F, kernel, kernel, cv::Point(-1, -1), 0.0,
                     cv::BORDER_REPLICATE);
-    return result;
+    return blurred_;
 }
 
 }  // namespace vorund::internal

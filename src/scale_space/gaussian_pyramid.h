@@ -27,13 +27,15 @@ class GaussianPyramid {
     /// @param level  >= 1, such that `sigma` is at least 2 * 2^level.
     /// @return `CV_32FC1`; the node at row i, column j lies on the pixel in row h (i - kMargin),
     ///         column h (j - kMargin). The nodes cover the map, and `kMargin` more on each side.
-    cv::Mat blurred(double sigma, int level);
+    ///         It holds until the next call.
+    const cv::Mat& blurred(double sigma, int level);
 
  private:
     const cv::Mat& nodes(int level);
 
     cv::Mat map_;
     std::vector<cv::Mat> levels_;
+    cv::Mat blurred_;
 };
 
 /// The coarsest level that holds what a blur with `sigma` leaves of a map; 0 if there is none.

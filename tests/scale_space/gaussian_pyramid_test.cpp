@@ -56,7 +56,7 @@ TEST(GaussianPyramid, HoldsTheBlurredMapAtItsNodes) {
         for (const double sigma : {4.0, 6.5, 8.0, 15.0, 16.0, 33.0}) {
             const int level = coarsestLevel(sigma);
             const int spacing = 1 << level;
-            const cv::Mat nodes = pyramid.blurred(sigma, level);
+            const cv::Mat& nodes = pyramid.blurred(sigma, level);
             for (int row = 0; row < map.walls.rows; row += 3 * spacing) {
                 for (int col = 0; col < map.walls.cols; col += 3 * spacing) {
                     const float value = nodes.at<float>(row / spacing + GaussianPyramid::kMargin,
@@ -72,7 +72,7 @@ TEST(GaussianPyramid, HoldsTheBlurredMapAtItsNodes) {
 
 TEST(GaussianPyramid, KeepsTheMarginThatInterpolationNeedsAroundTheMap) {
     GaussianPyramid pyramid(test::wallsOfPlan(1, 0, 0, 0).colRange(0, 101).rowRange(0, 64).clone());
-    const cv::Mat nodes = pyramid.blurred(8.0, 2);
+    const cv::Mat& nodes = pyramid.blurred(8.0, 2);
     // Columns 0 to 100 lie on nodes 0 to 25, and one more closes the last cell.
     EXPECT_EQ(nodes.cols, 27 + 2 * GaussianPyramid::kMargin);
     // Rows 0 to 63: the last lies between nodes 15 and 16.
