@@ -1,0 +1,62 @@
+#include "reference/find_rooms.h"
+
+#include <algorithm>
+#include <map>
+#include <opencv2/imgproc.hpp>
+#include <stdexcept>
+
+#include "reference/floorplan_segmenter.h"
+
+namespace vorund::reference {
+namespace {
+
+constexpr int kRim = 8;  // [pixels]
+
+bool hasFloorAtTheEdge(const cv::Mat& map) {
+    const cv::Mat floor = map <= 0.5;
+    return cv::countNonZero(floor.row(0)) + cv::countNonZero(floor.row(floor.rows - 1)) +
+               cv::countNonZero(floor.col(0)) + cv::countNonZero(floor.col(floor.cols - 1)) >
+           0;
+}
+
+void numberInPlace(cv::Mat& labels, std::map<int, int>& numbers) {
+    numbers = {{0, 0}};
+    for (int row = 0; row < labels.rows; ++row) {
+        for (int col = 0; col < labels.cols; ++col) {
+            int& label = labels.at<int>(row, col);
+            const int next = static_cast<int>(numbers.size());
+            label = numbers.emplace(label, next).first->second;
+        }
+    }
+}
+
+}  // namespace
+
+cv::Mat segmentInRim(const cv::Mat& map, const Config& config) {
+    if (cv::countNonZero(map) == 0) return {map.size(), CV_8UC1, cv::Scalar(1)};
+    const int rim = hasFloorAtTheEdge(map) ? kRim : 0;
+    cv::Mat rimmed;
+    cv::copyMakeBorder(map, rimmed, rim, rim, rim, rim, cv::BORDER_CONSTANT, cv::Scalar(1.0));
+    const cv::Mat labels = doSegment(rimmed, config)(cv::Rect({rim, rim}, map.size())).clone();
+    if (cv::countNonZero((labels != 0) & (labels != kLine)) == 0) {
+        throw std::runtime_error("no room found");
+    }
+    return labels;
+}
+
+PlainRooms findRooms(const cv::Mat& map, const rooms::Settings& settings) {
+    const Config& config = settings.core;
+    PlainRooms rooms;
+    rooms.segmented = segmentInRim(map, config);
+    rooms.merged = roomGraph(separated(rooms.segmented));
+    rooms.islands = removeIslands(rooms.merged, config.merge_nodes_in_place.area_threshold);
+    mergeSmallRooms(rooms.merged, config.merge_nodes_in_place.area_threshold);
+    mergeAcrossLongBorders(rooms.merged, config.merge_edges_in_place.length_threshold);
+    rooms.cuts = cutsOf(rooms.merged);
+    rooms.labels = withLinePixels(rooms.segmented, rooms.merged.segments);
+    if (settings.rooms.straight_borders) straightenBorders(rooms.labels, rooms.cuts);
+    numberInPlace(rooms.labels, rooms.numbers);
+    return rooms;
+}
+
+}  // namespace vorund::reference
