@@ -71,7 +71,8 @@ cv::Mat doSegment(const cv::Mat& raw, const Config& config) {
     const cv::Mat boundary = boundaryMap(clean.map);
     const ScaleSeeds seeds = seedsOfScales(dilated(clean.map, config.dilate_binary), clean.map,
                                            config.compute_labels_list);
-    const cv::Mat markers = markersOf(seeds, config.over_segment.generate_map_initial_seeds);
+    const cv::Mat markers =
+        markersOf(numberedSeeds(seeds), config.over_segment.generate_map_initial_seeds);
     const cv::Mat rooms = overSegmented(ridges, markers, connectivity);
     const cv::Mat labels = filled(rooms, clean.map, boundary, connectivity);
     return restored(labels, clean.place, raw.size(), largestOf(rooms));

@@ -28,7 +28,6 @@ int findSeeds(const cv::Mat& map, const cv::Mat& background, double sigma, doubl
     return count;
 }
 
-/// The background becomes 0, and what is no seed gets a label above those of the seeds.
 cv::Mat numbered(const cv::Mat& labels, int count) {
     const auto above = static_cast<std::uint8_t>((count + 1) % 256);
     cv::Mat result(labels.size(), CV_8UC1);
@@ -60,14 +59,19 @@ ScaleSeeds seedsOfScales(const cv::Mat& dilated, const cv::Mat& denoised,
     return seeds;
 }
 
-cv::Mat markersOf(const ScaleSeeds& seeds, const Config::GenerateMapInitialSeedsConfig& config) {
-    if (seeds.labels.empty()) throw std::runtime_error("overSegment: labels_list is empty.");
-    if (seeds.labels.size() == 1) {
-        throw std::runtime_error("findConsistentGlobalLabels: labels_map_list_in.size() == 1");
-    }
+std::vector<cv::Mat> numberedSeeds(const ScaleSeeds& seeds) {
     std::vector<cv::Mat> seed_maps;
     for (std::size_t i = 0; i < seeds.labels.size(); ++i) {
         seed_maps.push_back(numbered(seeds.labels[i], seeds.counts[i]));
+    }
+    return seed_maps;
+}
+
+cv::Mat markersOf(const std::vector<cv::Mat>& seed_maps,
+                  const Config::GenerateMapInitialSeedsConfig& config) {
+    if (seed_maps.empty()) throw std::runtime_error("overSegment: labels_list is empty.");
+    if (seed_maps.size() == 1) {
+        throw std::runtime_error("findConsistentGlobalLabels: labels_map_list_in.size() == 1");
     }
     const std::vector<std::map<int, int>> mappers = globalLabels(seed_maps);
     return superposedSeeds(initialSeeds(lifespans(mappers), mappers, seed_maps, config),

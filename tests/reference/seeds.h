@@ -18,8 +18,13 @@ struct ScaleSeeds {
 ScaleSeeds seedsOfScales(const cv::Mat& dilated, const cv::Mat& denoised,
                          const Config::ComputeLabelsListConfig& config);
 
-/// Follows the seeds over the scales and puts the chosen ones into one image, `CV_32SC1`.
+/// The seed maps as they are followed: the background becomes 0, and what is no seed gets a label
+/// above those of the seeds.
+std::vector<cv::Mat> numberedSeeds(const ScaleSeeds& seeds);
+
+/// Follows numbered seeds over the scales and puts the chosen ones into one image, `CV_32SC1`.
 /// @throws std::runtime_error  with the library's messages where regions cannot be followed.
-cv::Mat markersOf(const ScaleSeeds& seeds, const Config::GenerateMapInitialSeedsConfig& config);
+cv::Mat markersOf(const std::vector<cv::Mat>& seed_maps,
+                  const Config::GenerateMapInitialSeedsConfig& config);
 
 }  // namespace vorund::reference

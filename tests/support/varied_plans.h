@@ -64,13 +64,17 @@ inline cv::Mat workingMap(const Plan& plan) {
     return map;
 }
 
+/// Walls widened by four pixels on either side, seeds that keep well off them, none left out.
+inline Config thickWalls() {
+    Config config;
+    config.dilate_binary = {3, 4};
+    config.compute_labels_list.generate_gaussian_seeds_skimage.threshold = 0.01;
+    config.over_segment.generate_map_initial_seeds.filter_threshold = 0;
+    return config;
+}
+
 /// The defaults; thick walls with small seeds; and whatever else changes a stage's way.
 inline std::vector<NamedConfig> variedConfigs() {
-    NamedConfig thick{"thickWalls", {}};
-    thick.config.dilate_binary = {3, 4};
-    thick.config.compute_labels_list.generate_gaussian_seeds_skimage.threshold = 0.01;
-    thick.config.over_segment.generate_map_initial_seeds.filter_threshold = 0;
-
     NamedConfig diagonal{"diagonal", {}};
     diagonal.config.over_segment.create_watershed_segment_skimage.connectivity = 8;
     diagonal.config.over_segment.generate_map_initial_seeds.method = "middle";
@@ -83,7 +87,7 @@ inline std::vector<NamedConfig> variedConfigs() {
     fine.config.generate_denoised_alone.crop_single_info.padding = 2;
     fine.config.generate_denoised_alone.components_in_remove_small_connected_components.min_size =
         20;
-    return {{"defaults", {}}, thick, diagonal, fine};
+    return {{"defaults", {}}, {"thickWalls", thickWalls()}, diagonal, fine};
 }
 
 }  // namespace vorund::test
