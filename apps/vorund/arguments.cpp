@@ -90,6 +90,12 @@ void addSegment(CLI::App& app, Arguments& arguments, Raw& raw) {
                      "keep the image of every stage and a log in DIR/debug");
     command.add_flag("--show-images", arguments.show_images,
                      "show the image of every stage and wait for a key at the end");
+    command
+        .add_option("--timings", arguments.timings,
+                    "write the seconds of every stage there, as JSON; for a batch the folder in "
+                    "which those of NAME.png go to NAME.json")
+        ->check(notEmpty())
+        ->type_name("FILE");
     addBatch(command, arguments);
     CLI::Option* const quiet =
         command.add_flag("--quiet", raw.quiet, "tell errors alone on standard error");

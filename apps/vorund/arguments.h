@@ -42,6 +42,8 @@ struct Arguments {
     SettingsArguments settings;
     std::vector<std::string> maps;  ///< Files and folders.
     std::string output_dir;
+    std::string
+        timings;  ///< File for the times of the stages, for several maps a folder; or empty.
     rooms::MapReadOptions reading;
     bool save_images = false;
     bool show_images = false;

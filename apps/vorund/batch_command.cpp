@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -93,6 +94,10 @@ class Batch {
         return (std::filesystem::path(arguments_.output_dir) / map.name).string();
     }
 
+    std::string timesFileOf(const NamedMap& map) const {
+        return (std::filesystem::path(arguments_.timings) / (map.name + ".json")).string();
+    }
+
     bool hasResults(const NamedMap& map) const {
         std::error_code ignored;
         return std::filesystem::exists(directoryOf(map) + "/rooms.json", ignored);
@@ -107,6 +112,7 @@ class Batch {
         // A file name must not look like an option.
         const std::string path = startsWith(map.path, "-") ? "./" + map.path : map.path;
         std::vector<std::string> words{"segment", path, "--out=" + directoryOf(map)};
+        if (!arguments_.timings.empty()) words.push_back("--timings=" + timesFileOf(map));
         words.insert(words.end(), options_.begin(), options_.end());
         try {
             runs_.push_back({index, std::make_unique<Worker>(words)});
@@ -192,9 +198,11 @@ void runBatch(const Arguments& arguments, Terminal& terminal) {
     noteInterrupts();
     std::vector<NamedMap> maps = findMaps(arguments.maps);
     settingsInForce(arguments.settings, terminal);
-    // Workers come and go: none of them may take the directory away from another one. It goes at
+    // Workers come and go: none of them may take a directory away from another one. It goes at
     // the end if nothing is in it.
     const rooms::FileOutput directory(arguments.output_dir);
+    std::optional<rooms::FileOutput> times_directory;
+    if (!arguments.timings.empty()) times_directory.emplace(arguments.timings);
     Batch batch(arguments, std::move(maps), terminal);
     batch.run();
     const std::string all = std::to_string(batch.entries().size());

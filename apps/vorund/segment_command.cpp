@@ -1,12 +1,13 @@
-#include <chrono>
 #include <memory>
 #include <opencv2/highgui.hpp>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
 #include "commands.h"
 #include "interrupts.h"
 #include "report.h"
+#include "run_times.h"
 #include "segment_outputs.h"
 #include "settings_in_force.h"
 #include "silent_standard_error.h"
@@ -66,7 +67,7 @@ struct Result {
 
 /// The debugger, and with it the log file, is closed when this returns.
 Result segment(const rooms::GridMap& map, const rooms::Settings& settings,
-               const DebuggerConfig& diagnostics, Terminal& terminal) {
+               const DebuggerConfig& diagnostics, Terminal& terminal, RunTimes& times) {
     // On a full disk the encoder has its say too.
     const bool hides_encoder =
         diagnostics.save_images && terminal.verbosity() != Verbosity::kVerbose;
@@ -77,6 +78,7 @@ Result segment(const rooms::GridMap& map, const rooms::Settings& settings,
     rooms::FlowObserver observer;
     observer.progress = progress(terminal);
     keepImages(observer, result.images);
+    times.follow(observer);
     result.rooms = rooms::findRooms(map, settings, debugger, observer);
     terminal.clearProgress();
     return result;
@@ -97,10 +99,10 @@ void failIfErrorsWereLogged(const std::string& output_dir, const DebuggerConfig&
 
 Result segmentOrFail(const Arguments& arguments, const rooms::GridMap& map,
                      const rooms::Settings& settings, const DebuggerConfig& diagnostics,
-                     Terminal& terminal) {
+                     Terminal& terminal, RunTimes& times) {
     Result result;
     try {
-        result = segment(map, settings, diagnostics, terminal);
+        result = segment(map, settings, diagnostics, terminal, times);
     } catch (const Cancelled&) {
         stopIfInterrupted(arguments.maps.front());  // Else an error was logged.
     } catch (const std::exception& error) {
@@ -108,6 +110,11 @@ Result segmentOrFail(const Arguments& arguments, const rooms::GridMap& map,
     }
     failIfErrorsWereLogged(arguments.output_dir, diagnostics, terminal);
     return result;
+}
+
+double megapixelsOf(const rooms::GridMap& map) {
+    constexpr double kPixels = 1e6;
+    return static_cast<double>(map.values.total()) / kPixels;
 }
 
 void showUntilKey(const cv::Mat& picture) {
@@ -121,22 +128,27 @@ void showUntilKey(const cv::Mat& picture) {
 }  // namespace
 
 void runSegment(const Arguments& arguments, Terminal& terminal) {
-    const auto start = std::chrono::steady_clock::now();
+    RunTimes times;
     noteInterrupts();
     if (arguments.resume) {
         throw UsageError("--resume has a meaning for several maps or a folder only");
     }
+    std::optional<TimesFile> times_file;
+    if (!arguments.timings.empty()) times_file.emplace(arguments.timings, arguments.output_dir);
     const rooms::Settings settings = settingsInForce(arguments.settings, terminal);
     const rooms::GridMap map = readMap(arguments);
+    times.begin(kStagePrepare);
     // Before the long computation, so that a directory that cannot be written to is told at once.
     rooms::FileOutput output(arguments.output_dir);
     const DebuggerConfig diagnostics = debuggerConfig(arguments, settings.core, output, terminal);
-    const Result result = segmentOrFail(arguments, map, settings, diagnostics, terminal);
+    const Result result = segmentOrFail(arguments, map, settings, diagnostics, terminal, times);
+    times.begin(kStageWrite);
     writeResults(map, result.rooms, result.images, output);
+    if (times_file) times_file->write(times.asJson(megapixelsOf(map)));
     stopIfInterrupted(arguments.maps.front());
     output.commit();
-    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-    printResult(summaryLine(result.rooms, elapsed.count()));
+    if (times_file) times_file->commit();
+    printResult(summaryLine(result.rooms, times.seconds()));
     if (diagnostics.show_images) showUntilKey(paintRooms(map, result.rooms));
 }
 

@@ -15,6 +15,7 @@ import jsonschema
 FILES = {
     "rooms.json": "rooms.schema.json",
     "rooms.geojson": "rooms.geojson.schema.json",
+    "times.json": "timings.schema.json",
 }
 
 
@@ -27,8 +28,8 @@ def faults(vorund, repository):
     for yaml in sorted((repository / "examples/maps").glob("*.yaml")):
         for options in ([], ["--straight-borders", "--set", "rooms/simplify=0.2"]):
             with tempfile.TemporaryDirectory() as folder:
-                subprocess.run([vorund, "segment", yaml, "--out", folder, "--quiet", *options],
-                               check=True)
+                subprocess.run([vorund, "segment", yaml, "--out", folder, "--quiet",
+                                "--timings", f"{folder}/times.json", *options], check=True)
                 for name, validator in validators.items():
                     document = json.loads((pathlib.Path(folder) / name).read_text())
                     for error in validator.iter_errors(document):
@@ -36,8 +37,9 @@ def faults(vorund, repository):
 
 
 def refuses_what_does_not_fit(repository):
-    """The schemas themselves: a document without its format, and one that is no collection."""
-    broken = {"rooms.schema.json": {"format": 2}, "rooms.geojson.schema.json": {"type": "Feature"}}
+    """The schemas themselves: documents of another format, without a collection, without a stage."""
+    broken = {"rooms.schema.json": {"format": 2}, "rooms.geojson.schema.json": {"type": "Feature"},
+              "timings.schema.json": {"format": 1, "megapixels": 1.0, "stages": []}}
     for name, document in broken.items():
         schema = json.loads((repository / "schemas" / name).read_text())
         if jsonschema.Draft202012Validator(schema).is_valid(document):
