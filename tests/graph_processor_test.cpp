@@ -772,6 +772,18 @@ TEST(GraphProcessorAgreement, HoldsOnNoise) {
     }
 }
 
+TEST(GraphProcessorAgreement, HoldsOnRoomsWiderThanABlockOfPixels) {
+    RandomImages random(7);
+    for (int i = 0; i < 20; ++i) {
+        SCOPED_TRACE(i);
+        cv::Mat image = roomImage(random, cv::Size(150 + random.below(20), 30), 4);
+        // Floor that no room reached lies among the rooms.
+        image(cv::Rect(random.below(100), random.below(20), 45, 8)) = 255;
+        expectSameGraphs(i % 2 == 0 ? image : asView(image), 255);
+        if (HasFailure()) return;
+    }
+}
+
 TEST(GraphProcessorAgreement, HoldsForEachCellOfAnImage) {
     RandomImages random(3);
     const cv::Mat image = asView(random.bytes(cv::Size(12, 9), 5));
