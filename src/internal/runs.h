@@ -46,14 +46,19 @@ void forEachRun(const T* row, int size, const Visit& visit) {
     }
 }
 
+/// The first byte from `begin` on that has the value; `size` if none has.
+inline int findByte(const std::uint8_t* row, int begin, int size, std::uint8_t value) {
+    const void* const found =
+        std::memchr(row + begin, value, static_cast<std::size_t>(size - begin));
+    return found == nullptr ? size
+                            : static_cast<int>(static_cast<const std::uint8_t*>(found) - row);
+}
+
 /// Calls `visit(col)` for every byte of a row that has the value.
 template <class Visit>
 void forEachByte(const std::uint8_t* row, int size, std::uint8_t value, const Visit& visit) {
-    for (int col = 0; col < size; ++col) {
-        const void* const found =
-            std::memchr(row + col, value, static_cast<std::size_t>(size - col));
-        if (found == nullptr) return;
-        col = static_cast<int>(static_cast<const std::uint8_t*>(found) - row);
+    for (int col = findByte(row, 0, size, value); col < size;
+         col = findByte(row, col + 1, size, value)) {
         visit(col);
     }
 }
