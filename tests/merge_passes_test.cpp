@@ -552,6 +552,90 @@ TEST(MergePasses, AgreeWithThePlainVersionsAndKeepEverythingConsistent) {
     EXPECT_LT(failures, 150);
 }
 
+/// Areas, lengths and ids that a client has made up.
+RegionMap madeUpMap(RandomImages& random) {
+    RegionMap map = regionMap(roomImage(random, random.size(30), 2 + random.below(12)), 255);
+    const Graph graph = map.graph;
+    for (const auto& [label, data] : graph.nodes()) {
+        map.graph.addNode(label, {0.25 * (random.below(8) - 1), data.position});
+    }
+    for (const auto& [edge, data] : graph.edges()) {
+        map.graph.addEdge(edge.first, edge.second, {0.25 * random.below(4)});
+        if (random.below(20) == 0) map.graph.removeEdge(edge.first, edge.second);
+        if (random.below(3) == 0) map.border_ids[edge] = random.below(4);
+    }
+    return map;
+}
+
+TEST(MergePasses, AgreeWithThePlainVersionsOnWhatAClientHasMadeUp) {
+    RandomImages random(36);
+    std::size_t merged = 0;
+    int failures = 0;
+    for (int i = 0; i < 400; ++i) {
+        SCOPED_TRACE(i);
+        RegionMap map = madeUpMap(random);
+        reference::MergeState expected{regionGraph(map.graph), map.segments.clone(),
+                                       map.borders.clone(), map.border_ids};
+        const std::size_t rooms = map.graph.nodes().size();
+        const double area = 0.25 * random.below(8);
+        const std::string thrown = thrownBy([&] { mergeSmall(map, area, 255); });
+        EXPECT_EQ(thrown, thrownBy([&] { reference::mergeSmallRooms(expected, area); }));
+        expectAgreement(map, expected);
+        const double length = 0.25 * random.below(4);
+        mergeLong(map, length, 255);
+        reference::mergeAcrossLongBorders(expected, length);
+        expectAgreement(map, expected);
+        merged += rooms - map.graph.nodes().size();
+        if (!thrown.empty()) ++failures;
+        if (HasFailure()) return;
+    }
+    EXPECT_GT(merged, 500U) << "the maps are too simple to show anything";
+    EXPECT_GT(failures, 20);
+}
+
+/// 32-bit labels, more than bytes hold: rooms of one pixel in a grid, a line's pixel between any
+/// two beside each other, and as many ids.
+RegionMap gridOfRooms(RandomImages& random, int side) {
+    const cv::Size size(2 * side - 1, 2 * side - 1);
+    RegionMap map{{}, cv::Mat(size, CV_32SC1, cv::Scalar(255)), cv::Mat::zeros(size, CV_32SC1), {}};
+    const auto roomAt = [&](int row, int col) { return 1000 + row * side + col; };
+    for (int row = 0; row < side; ++row) {
+        for (int col = 0; col < side; ++col) {
+            map.segments.at<int>(2 * row, 2 * col) = roomAt(row, col);
+            map.graph.addNode(roomAt(row, col), {0.01 * random.below(10), {col, row}});
+        }
+    }
+    const auto join = [&](int row, int col, int down, int right) {
+        const Edge edge(roomAt(row, col), roomAt(row + down, col + right));
+        map.graph.addEdge(edge.first, edge.second, {0.05 * random.below(10)});
+        const int id = static_cast<int>(map.border_ids.size()) + 1;
+        map.border_ids[edge] = id;
+        map.borders.at<int>(2 * row + down, 2 * col + right) = id;
+    };
+    for (int row = 0; row < side; ++row) {
+        for (int col = 0; col < side; ++col) {
+            if (row + 1 < side) join(row, col, 1, 0);
+            if (col + 1 < side) join(row, col, 0, 1);
+        }
+    }
+    return map;
+}
+
+TEST(MergePasses, AgreeWithThePlainVersionsOnMoreRoomsThanBytesHold) {
+    RandomImages random(37);
+    for (const double area : {0.05, 0.2, 100.0}) {
+        RegionMap map = gridOfRooms(random, 18);
+        reference::MergeState expected{regionGraph(map.graph), map.segments.clone(),
+                                       map.borders.clone(), map.border_ids};
+        const auto small = [&] { mergeSmall(map, area, 255); };
+        EXPECT_EQ(thrownBy(small), thrownBy([&] { reference::mergeSmallRooms(expected, area); }));
+        expectAgreement(map, expected);
+        mergeLong(map, 0.3, 255);
+        reference::mergeAcrossLongBorders(expected, 0.3);
+        expectAgreement(map, expected);
+    }
+}
+
 TEST(MergePasses, LeaveNoSmallRoomWithNeighborsAndNoLongBorder) {
     RandomImages random(33);
     for (int i = 0; i < 50; ++i) {
