@@ -7,9 +7,10 @@
 #include <opencv2/imgproc.hpp>
 #include <stdexcept>
 
-#include "internal/plain_output.h"
+#include "crop_margins.h"
 #include "internal/require.h"
-#include "internal/text.h"
+#include "runs/pixel_runs.h"
+#include "small_components.h"
 
 namespace vorund {
 namespace {
@@ -37,17 +38,6 @@ cv::Mat toBytes(const cv::Mat& image) {
     return bytes;
 }
 
-/// Sizes and margins are added in 64 bits and brought back here: any margin may come from a file.
-int toInt(std::int64_t value) {
-    return static_cast<int>(std::clamp<std::int64_t>(value, std::numeric_limits<int>::min(),
-                                                     std::numeric_limits<int>::max()));
-}
-
-/// What is cut off in front of content that starts at `position`.
-int marginBefore(int position, int padding) {
-    return toInt(std::max<std::int64_t>(0, std::int64_t{position} - padding));
-}
-
 bool anyDiffers(const cv::Mat& bytes, std::uint8_t background) {
     return cv::countNonZero(bytes != background) > 0;
 }
@@ -58,36 +48,6 @@ void replaceValue(cv::Mat& image, T from, T to) {
         T* const pixels = image.ptr<T>(row);
         std::replace(pixels, pixels + std::ptrdiff_t{image.cols} * image.channels(), from, to);
     }
-}
-
-/// Areas of the regions in label order, without the background.
-std::vector<int> regionAreas(const cv::Mat& stats) {
-    std::vector<int> areas;
-    for (int label = 1; label < stats.rows; ++label) {
-        areas.push_back(stats.at<int>(label, cv::CC_STAT_AREA));
-    }
-    return areas;
-}
-
-double mean(const std::vector<int>& areas) {
-    double sum = 0.0;
-    for (const int area : areas) sum += area;
-    return sum / static_cast<double>(areas.size());
-}
-
-double median(std::vector<int> areas) {
-    std::sort(areas.begin(), areas.end());
-    const std::size_t middle = areas.size() / 2;
-    if (areas.size() % 2 == 1) return areas[middle];
-    return (areas[middle - 1] + areas[middle]) / 2.0;
-}
-
-double areaThreshold(const std::vector<int>& areas,
-                     const Config::RemoveSmallConnectedComponentsConfig& config) {
-    if (config.method == "fixed") return config.min_size;
-    if (config.method == "mean") return mean(areas);
-    if (config.method == "median") return median(areas);
-    throw std::runtime_error("Invalid method in removeSmallConnectedComponents");
 }
 
 }  // namespace
@@ -169,9 +129,8 @@ CropInfo ImageUtils::cropSingleInfo(const cv::Mat& image, int padding) {
     int bottom = bytes.rows - 1;
     while (!anyDiffers(bytes.row(bottom), background)) --bottom;
 
-    return {marginBefore(left, padding), marginBefore(top, padding),
-            marginBefore(bytes.cols - 1 - right, padding),
-            marginBefore(bytes.rows - 1 - bottom, padding)};
+    return internal::marginsAround(cv::Rect(cv::Point(left, top), cv::Point(right + 1, bottom + 1)),
+                                   bytes.size(), padding);
 }
 
 cv::Mat ImageUtils::cropBackground(const cv::Mat& image, const CropInfo& crop) {
@@ -182,7 +141,7 @@ cv::Mat ImageUtils::cropBackground(const cv::Mat& image, const CropInfo& crop) {
     // A negative margin reaches beyond the image; OpenCV's own check would overflow for a huge one.
     CV_Assert(crop.left >= 0 && crop.top >= 0 && crop.left + width <= image.cols &&
               crop.top + height <= image.rows);
-    return image(cv::Rect(crop.left, crop.top, toInt(width), toInt(height)));
+    return image(cv::Rect(crop.left, crop.top, internal::toInt(width), internal::toInt(height)));
 }
 
 cv::Mat ImageUtils::uncropBackground(const cv::Mat& image, const CropInfo& crop,
@@ -196,7 +155,7 @@ cv::Mat ImageUtils::uncropBackground(const cv::Mat& image, const CropInfo& crop,
 
     CV_Assert(width <= std::numeric_limits<int>::max() &&
               height <= std::numeric_limits<int>::max());
-    cv::Mat full(toInt(height), toInt(width), image.type(), fill);
+    cv::Mat full(internal::toInt(height), internal::toInt(width), image.type(), fill);
     if (!image.empty()) {
         image.copyTo(full(cv::Rect(crop.left, crop.top, image.cols, image.rows)));
     }
@@ -225,34 +184,11 @@ cv::Mat ImageUtils::remapBorder(const cv::Mat& image, int from_value, int to_val
 
 cv::Mat ImageUtils::removeSmallConnectedComponents(
     const cv::Mat& image, const Config::RemoveSmallConnectedComponentsConfig& config) {
-    constexpr char kEmpty[] = "removeSmallConnectedComponents expects a non-empty image.";
-    require(!image.empty(), kEmpty);
-    cv::Mat regions;
-    cv::Mat stats;
-    cv::Mat centroids;
-    const int count = cv::connectedComponentsWithStats(toBytes(image), regions, stats, centroids,
-                                                       config.connectivity, CV_32S);
-    require(count >= 2, kEmpty);
-
-    const double threshold = areaThreshold(regionAreas(stats), config);
-    internal::TextStream line;
-    line << "removeSmallConnectedComponents: threshold_area: " << threshold << '\n';
-    internal::printPlain(line.str());
-
-    std::vector<float> value_of_region(static_cast<std::size_t>(count), 0.0F);
-    for (int region = 1; region < count; ++region) {
-        const bool kept = stats.at<int>(region, cv::CC_STAT_AREA) >= threshold;
-        value_of_region[static_cast<std::size_t>(region)] = kept ? 1.0F : 0.0F;
-    }
-    cv::Mat kept(image.size(), CV_32FC1);
-    for (int row = 0; row < kept.rows; ++row) {
-        const int* const region = regions.ptr<int>(row);
-        float* const value = kept.ptr<float>(row);
-        for (int col = 0; col < kept.cols; ++col) {
-            value[col] = value_of_region[static_cast<std::size_t>(region[col])];
-        }
-    }
-    return kept;
+    const cv::Mat bytes = toBytes(image);
+    internal::requireConnectivity(bytes, config.connectivity);
+    const internal::PixelRuns kept =
+        internal::withoutSmallComponents(internal::nonZeroPixels(bytes), config);
+    return internal::drawn(kept, image.size());
 }
 
 }  // namespace vorund

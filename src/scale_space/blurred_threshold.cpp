@@ -1,9 +1,6 @@
 #include "scale_space/blurred_threshold.h"
 
-#include <cstdint>
-#include <cstring>
 #include <utility>
-#include <vector>
 
 #include "scale_space/contour_bounds.h"
 #include "scale_space/contour_search.h"
@@ -37,29 +34,7 @@ PixelRuns BlurredThreshold::atMostThreshold(double sigma) {
 
 PixelRuns BlurredThreshold::fromWholeBlur(double sigma) {
     gaussianBlur(map_, blurred_, sigma);
-    PixelRuns found(blurred_.rows);
-    // As bytes, which are searched much faster than floats.
-    std::vector<std::uint8_t> above(static_cast<std::size_t>(blurred_.cols));
-    std::uint8_t* const bytes = above.data();
-    const int cols = blurred_.cols;
-    const auto next = [&](int from, int value) {
-        const void* const at =
-            std::memchr(bytes + from, value, static_cast<std::size_t>(cols - from));
-        return at == nullptr ? cols
-                             : static_cast<int>(static_cast<const std::uint8_t*>(at) - bytes);
-    };
-    for (int row = 0; row < blurred_.rows; ++row) {
-        const float* const values = blurred_.ptr<float>(row);
-        const float threshold = threshold_;
-        for (int col = 0; col < cols; ++col) bytes[col] = values[col] > threshold ? 1 : 0;
-        for (int begin = next(0, 0); begin < cols;) {
-            const int end = next(begin, 1);
-            found.add(begin, end);
-            begin = next(end, 0);
-        }
-        found.closeRow();
-    }
-    return found;
+    return pixelsNotAbove(blurred_, static_cast<double>(threshold_));
 }
 
 std::optional<PixelRuns> BlurredThreshold::fromPyramid(double sigma, int level) {

@@ -5,7 +5,7 @@
 
 #include "scale_space/exact_blur.h"
 #include "scale_space/gaussian_pyramid.h"
-#include "scale_space/pixel_runs.h"
+#include "runs/pixel_runs.h"
 
 namespace vorund::internal {
 

@@ -9,7 +9,7 @@
 #include "scale_space/contour_bounds.h"
 #include "scale_space/exact_blur.h"
 #include "scale_space/interpolation.h"
-#include "scale_space/pixel_runs.h"
+#include "runs/pixel_runs.h"
 
 namespace vorund::internal {
 

@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "scale_space/pixel_runs.h"
-#include "scale_space/run_components.h"
+#include "runs/pixel_runs.h"
+#include "runs/run_components.h"
 #include "seed_inheritance.h"
 #include "seed_selection.h"
 

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "scale_space/pixel_runs.h"
+#include "runs/pixel_runs.h"
 
 namespace vorund::internal {
 
@@ -12,10 +12,14 @@ struct RunComponents {
     int count = 0;
 };
 
-/// The 4-connected components, numbered as `cv::connectedComponents` does.
+/// The 4- or 8-connected components, numbered as `cv::connectedComponents` numbers the 4-connected
+/// ones.
 ///
 /// Union-find over runs that overlap in neighbouring rows (L. He, Y. Chao and K. Suzuki, "A
 /// run-based two-scan labeling algorithm", 2008).
-RunComponents connectRuns(const PixelRuns& runs);
+RunComponents connectRuns(const PixelRuns& runs, int connectivity = 4);
+
+/// The components' numbers of pixels, in the order of their labels.
+std::vector<int> areasOf(const PixelRuns& runs, const RunComponents& components);
 
 }  // namespace vorund::internal

@@ -1,9 +1,10 @@
-#include "scale_space/run_components.h"
+#include "runs/run_components.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <opencv2/imgproc.hpp>
+#include <vector>
 
 #include "support/label_grid.h"
 #include "support/mat_matchers.h"
@@ -80,6 +81,40 @@ TEST(ConnectRuns, JoinsBranchesThatMeetFurtherDown) {
     const RunComponents components = connectRuns(runs);
     EXPECT_EQ(components.count, 1);
     EXPECT_THAT(drawn(runs, components, image.size()), MatEq(image));
+}
+
+TEST(ConnectRuns, JoinsCornersWithEightNeighbours) {
+    const PixelRuns runs =
+        runsOf(labels32("1 . 1 .\n"
+                        ". 1 . .\n"
+                        ". . . 1\n"
+                        "1 . 1 ."));
+    const RunComponents components = connectRuns(runs, 8);
+    EXPECT_THAT(components.label_of_run, ElementsAre(1, 1, 1, 2, 3, 2));
+    EXPECT_THAT(areasOf(runs, components), ElementsAre(3, 2, 1));
+}
+
+TEST(ConnectRuns, FindsOpenCvsComponentsWithEightNeighbours) {
+    test::RandomImages random(5);
+    for (int i = 0; i < 1000; ++i) {
+        const cv::Size size = random.size(20);
+        cv::Mat image;
+        cv::Mat(random.bytes(size, 2 + random.below(4)) == 0).convertTo(image, CV_32S);
+        cv::Mat bytes;
+        image.convertTo(bytes, CV_8U);
+        cv::Mat labels;
+        cv::Mat stats;
+        cv::Mat centroids;
+        const int count = cv::connectedComponentsWithStats(bytes, labels, stats, centroids, 8) - 1;
+        std::vector<int> expected;
+        for (int label = 1; label <= count; ++label) {
+            expected.push_back(stats.at<int>(label, cv::CC_STAT_AREA));
+        }
+        const PixelRuns runs = runsOf(image);
+        // Its order of labels is another one.
+        ASSERT_THAT(areasOf(runs, connectRuns(runs, 8)),
+                    ::testing::UnorderedElementsAreArray(expected));
+    }
 }
 
 TEST(ConnectRuns, AgreesWithOpenCvOnRandomImages) {

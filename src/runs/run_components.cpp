@@ -1,4 +1,4 @@
-#include "scale_space/run_components.h"
+#include "runs/run_components.h"
 
 #include <algorithm>
 #include <numeric>
@@ -31,11 +31,13 @@ class RunSets {
     std::vector<std::size_t> parent_;
 };
 
-void joinWithRowAbove(const PixelRuns& runs, int row, RunSets& sets) {
+/// @param reach  1 where runs meet at their corners, too, else 0.
+void joinWithRowAbove(const PixelRuns& runs, int row, int reach, RunSets& sets) {
     std::size_t above = runs.rowBegin(row - 1);
     std::size_t below = runs.rowBegin(row);
     while (above < runs.rowBegin(row) && below < runs.rowBegin(row + 1)) {
-        if (runs[above].begin < runs[below].end && runs[below].begin < runs[above].end) {
+        if (runs[above].begin < runs[below].end + reach &&
+            runs[below].begin < runs[above].end + reach) {
             sets.join(above, below);
         }
         // The one that ends first can meet nothing further.
@@ -49,9 +51,10 @@ void joinWithRowAbove(const PixelRuns& runs, int row, RunSets& sets) {
 
 }  // namespace
 
-RunComponents connectRuns(const PixelRuns& runs) {
+RunComponents connectRuns(const PixelRuns& runs, int connectivity) {
     RunSets sets(runs.size());
-    for (int row = 1; row < runs.rows(); ++row) joinWithRowAbove(runs, row, sets);
+    for (int row = 1; row < runs.rows(); ++row)
+        joinWithRowAbove(runs, row, connectivity == 8 ? 1 : 0, sets);
 
     RunComponents components;
     components.label_of_run.resize(runs.size());
@@ -61,6 +64,15 @@ RunComponents connectRuns(const PixelRuns& runs) {
             first == run ? ++components.count : components.label_of_run[first];
     }
     return components;
+}
+
+std::vector<int> areasOf(const PixelRuns& runs, const RunComponents& components) {
+    std::vector<int> areas(static_cast<std::size_t>(components.count), 0);
+    for (std::size_t run = 0; run < runs.size(); ++run) {
+        areas[static_cast<std::size_t>(components.label_of_run[run]) - 1] +=
+            runs[run].end - runs[run].begin;
+    }
+    return areas;
 }
 
 }  // namespace vorund::internal

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <opencv2/core.hpp>
 #include <vector>
 
 namespace vorund::internal {
@@ -28,6 +29,14 @@ class PixelRuns {
     /// Closes the row that is open, the first one to begin with, and opens the next.
     void closeRow() { row_begin_[++open_row_] = runs_.size(); }
 
+    /// Calls `visit(row, run)` for all runs, in raster order.
+    template <class Visit>
+    void visit(const Visit& visit) const {
+        for (int row = 0; row < rows(); ++row) {
+            for (std::size_t i = rowBegin(row); i < rowBegin(row + 1); ++i) visit(row, runs_[i]);
+        }
+    }
+
     int rows() const { return static_cast<int>(row_begin_.size()) - 1; }
     std::size_t size() const { return runs_.size(); }
     const PixelRun& operator[](std::size_t index) const { return runs_[index]; }
@@ -40,5 +49,18 @@ class PixelRuns {
     std::vector<std::size_t> row_begin_;
     std::size_t open_row_ = 0;
 };
+
+/// The pixels of a float image that are not above a threshold.
+/// @param values  `CV_32FC1`. What is no number is not above.
+PixelRuns pixelsNotAbove(const cv::Mat& values, double threshold);
+
+/// The pixels of an 8-bit image that are not 0.
+PixelRuns nonZeroPixels(const cv::Mat& bytes);
+
+/// The other pixels of an image.
+PixelRuns complement(const PixelRuns& runs, int cols);
+
+/// The smallest upright rectangle around the pixels; empty if there are none.
+cv::Rect boundsOf(const PixelRuns& runs);
 
 }  // namespace vorund::internal
