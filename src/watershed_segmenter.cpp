@@ -1,16 +1,11 @@
 #include "vorund/watershed_segmenter.h"
 
-#include <limits>
 #include <opencv2/imgproc.hpp>
-#include <set>
-#include <stdexcept>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include "internal/require.h"
 #include "internal/text.h"
-#include "internal/watershed_queue.h"
+#include "marker_flood/marker_flood.h"
 #include "vorund/image_utils.h"
 
 namespace vorund {
@@ -54,117 +49,6 @@ cv::Mat drawSeedSteps(const SeedSteps& steps, double sigma) {
     putCaption(panel, "4. Background Marked (x32)", bottom_right, 0);
     return panel;
 }
-
-/// Neighbours as steps of the flattened index, in the order in which they are queued.
-std::vector<std::int64_t> neighbourOffsets(int connectivity, std::int64_t cols) {
-    if (connectivity == 4) return {-cols, -1, 1, cols};
-    if (connectivity == 8) {
-        return {-cols - 1, -cols, -cols + 1, -1, 1, cols - 1, cols, cols + 1};
-    }
-    throw std::runtime_error("executeSkimageWatershed: Connectivity must be 4 or 8.");
-}
-
-/// 1 where the flood may go: everywhere but on the outermost frame of pixels.
-cv::Mat floodMask(const cv::Size& size) {
-    cv::Mat mask = cv::Mat::zeros(size, CV_8UC1);
-    if (size.width > 2 && size.height > 2) {
-        mask(cv::Rect(1, 1, size.width - 2, size.height - 2)) = 1;
-    }
-    return mask;
-}
-
-/// One flooding; pixels are addressed by their flattened index.
-class Flood {
- public:
-    Flood(const cv::Mat& image, const cv::Mat& markers, int connectivity, bool watershed_line) {
-        image.convertTo(cost_, CV_64F);
-        offsets_ = neighbourOffsets(connectivity, image.cols);
-        require(markers.size() == image.size() && (markers.empty() || markers.type() == CV_32SC1),
-                "executeSkimageWatershed: Markers must be CV_32S and of the image's size.");
-        output_ = markers.clone();
-        mask_ = floodMask(image.size());
-        costs_ = cost_.ptr<double>();
-        labels_ = output_.ptr<std::int32_t>();
-        open_ = mask_.ptr<std::uint8_t>();
-        pixel_count_ = static_cast<std::int64_t>(output_.total());
-        watershed_line_ = watershed_line;
-        hand_on_once_ = watershed_line && connectivity == 8;
-    }
-
-    cv::Mat run() {
-        queueSeeds();
-        while (!queue_.empty()) {
-            const WatershedQueueItem item = queue_.pop();
-            if (watershed_line_ && !settle(item)) continue;
-            queueNeighbours(item);
-        }
-        return output_;
-    }
-
- private:
-    void queueSeeds() {
-        for (std::int64_t index = 0; index < pixel_count_; ++index) {
-            if (labels_[index] > 0) queue_.push({costs_[index], 0, index, index});
-        }
-    }
-
-    bool inside(std::int64_t index) const { return index >= 0 && index < pixel_count_; }
-
-    bool touchesAnotherLabel(std::int64_t index, std::int32_t label) const {
-        for (const std::int64_t offset : offsets_) {
-            const std::int64_t neighbour = index + offset;
-            if (!inside(neighbour) || open_[neighbour] != 1) continue;
-            if (labels_[neighbour] > 0 && labels_[neighbour] != label) return true;
-        }
-        return false;
-    }
-
-    /// Line mode: labels the item's pixel, or makes it part of a line. False if the item is to be
-    /// dropped.
-    bool settle(const WatershedQueueItem& item) {
-        if (labels_[item.index] > 0 && item.index != item.source) return false;
-        const std::int32_t label = labels_[item.source];
-        if (open_[item.index] != 0) {
-            if (!touchesAnotherLabel(item.index, label)) {
-                labels_[item.index] = label;
-                return true;
-            }
-            open_[item.index] = 0;
-        }
-        // A line pixel hands its label on. With 8 neighbours lines lie side by side and would hand
-        // labels to and fro, ever more often; once per label is enough and bounds the queue.
-        return !hand_on_once_ || handed_on_.emplace(item.index, label).second;
-    }
-
-    void queueNeighbours(const WatershedQueueItem& item) {
-        for (const std::int64_t offset : offsets_) {
-            const std::int64_t neighbour = item.index + offset;
-            if (!inside(neighbour) || open_[neighbour] == 0 || labels_[neighbour] > 0) continue;
-            // The flood level never goes down along a path.
-            const double cost = costs_[neighbour];
-            const double level = cost < item.value ? item.value : cost;
-            if (!watershed_line_) labels_[neighbour] = labels_[item.index];
-            queue_.push({level, age_, neighbour, item.source});
-            require(age_ < std::numeric_limits<std::int32_t>::max(),
-                    "executeSkimageWatershed: The queue has taken 2^31 items.");
-            ++age_;
-        }
-    }
-
-    cv::Mat cost_;
-    cv::Mat output_;
-    cv::Mat mask_;
-    const double* costs_ = nullptr;
-    std::int32_t* labels_ = nullptr;
-    std::uint8_t* open_ = nullptr;
-    std::int64_t pixel_count_ = 0;
-    std::vector<std::int64_t> offsets_;
-    bool watershed_line_ = false;
-    bool hand_on_once_ = false;
-    std::set<std::pair<std::int64_t, std::int32_t>> handed_on_;
-    internal::WatershedQueue queue_;
-    std::int32_t age_ = 1;
-};
 
 void swapBackgroundAndLines(cv::Mat& labels) {
     for (int row = 0; row < labels.rows; ++row) {
@@ -213,7 +97,7 @@ GaussianSeedsResult WatershedSegmenter::generateGaussianSeedsSkimage(
 
 cv::Mat WatershedSegmenter::executeSkimageWatershed(const cv::Mat& image, cv::Mat& markers,
                                                     int connectivity, bool watershed_line) {
-    return Flood(image, markers, connectivity, watershed_line).run();
+    return internal::floodFromMarkers(image, markers, connectivity, watershed_line);
 }
 
 cv::Mat WatershedSegmenter::createWatershedSegmentSkimage(
