@@ -14,6 +14,7 @@
 #include "reference/find_rooms.h"
 #include "vorund/rooms/find_rooms.h"
 #include "vorund/rooms/map_reader.h"
+#include "vorund/rooms/resampling.h"
 
 namespace vorund::bench {
 namespace {
@@ -50,7 +51,9 @@ Json measure(const std::string& path, const Arguments& arguments) {
     const rooms::Settings settings = settingsOf(arguments.kind);
     const rooms::GridMap map = rooms::readMap(path);
     const auto library = [&] { rooms::findRooms(map, settings, Debugger::create({})); };
-    const auto plain = [&] { reference::findRooms(map.values, settings); };
+    const cv::Mat working =
+        rooms::Resampling(map.values.size(), map.resolution).toWorking(map.values);
+    const auto plain = [&] { reference::findRooms(working, settings); };
     double of_library = cpuSecondsOf(library);
     double of_plain = cpuSecondsOf(plain);
     for (int round = 1; round < arguments.rounds; ++round) {

@@ -13,13 +13,19 @@ def is_variant(path, names):
     return any("_".join(parts[:count]) in names for count in range(1, len(parts)))
 
 
+def with_resolution(image):
+    """The map_server file beside an image, if there is one."""
+    yaml = image.with_suffix(".yaml")
+    return yaml if yaml.is_file() else image
+
+
 def maps_of_folder(folder, variants):
     images = sorted(path for path in folder.iterdir()
                     if path.suffix.lower() in ENDINGS and path.is_file())
     names = {path.stem for path in images}
-    if variants:
-        return [path for path in images if TRUTH not in path.stem]
-    return [path for path in images if not is_variant(path, names)]
+    chosen = [path for path in images
+              if TRUTH not in path.stem and (variants or not is_variant(path, names))]
+    return [with_resolution(path) for path in chosen]
 
 
 def find(given, variants):

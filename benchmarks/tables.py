@@ -80,6 +80,17 @@ def size_table(results):
     return text + "".join(f"\n\n({i}) {note}" for i, note in enumerate(notes, 1))
 
 
+def command_table(documents):
+    """Of several runs, as `vorund segment --timings` writes them, the best of every stage."""
+    size = documents[0]["megapixels"]
+    stages = [stage["name"] for stage in documents[0]["stages"]]
+    best = {name: min(stage["cpu_s"] for document in documents for stage in document["stages"]
+                      if stage["name"] == name) for name in stages}
+    best["**total**"] = min(document["total"]["cpu_s"] for document in documents)
+    return table(["stage", "CPU s per Mpx"],
+                 [[name, number(seconds / size, 4)] for name, seconds in best.items()])
+
+
 def memory_table(memory):
     """`memory`: side -> bytes per pixel, or a text that tells why there is none."""
     rows = [[f"{megapixels(side):g} Mpx", value if isinstance(value, str) else f"{value:.0f}"]

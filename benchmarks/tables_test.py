@@ -84,6 +84,16 @@ class TestTables(unittest.TestCase):
         self.assertIn("| whole | 300.0 | – (1) |", text)
         self.assertTrue(text.endswith("(1) too many rooms"))
 
+    def test_the_command_shows_the_best_of_every_stage(self):
+        def run(read, scales):
+            return {"megapixels": 2.0, "total": {"wall_s": 9.0, "cpu_s": read + scales},
+                    "stages": [{"name": "read", "wall_s": 9.0, "cpu_s": read},
+                               {"name": "scales", "wall_s": 9.0, "cpu_s": scales}]}
+
+        lines = tables.command_table([run(0.2, 1.0), run(0.4, 0.6)]).splitlines()
+        self.assertEqual(lines[2:], ["| read | 0.1000 |", "| scales | 0.3000 |",
+                                     "| **total** | 0.5000 |"])
+
     def test_the_mean_is_of_seconds_per_megapixel(self):
         small = {"name": "a", "megapixels": 0.5, "library_s": 0.1, "plain_s": 0.2}
         large = {"name": "b", "megapixels": 2.0, "library_s": 0.2, "plain_s": 1.2}
@@ -114,6 +124,13 @@ class TestMaps(unittest.TestCase):
                              ["hall.pgm", "lab_a.png", "lab_a_chairs.png"])
             chairs = folder / "lab_a_chairs.png"
             self.assertEqual(maps.find([chairs], False), [chairs])
+
+    def test_an_image_with_a_map_server_file_is_that_map(self):
+        with tempfile.TemporaryDirectory() as name:
+            folder = pathlib.Path(name)
+            for file in ("lab.pgm", "lab.yaml", "settings.yaml"):
+                (folder / file).touch()
+            self.assertEqual(maps.find([folder], False), [folder / "lab.yaml"])
 
     def test_a_folder_without_maps_is_told(self):
         with tempfile.TemporaryDirectory() as folder, self.assertRaises(SystemExit):
