@@ -16,15 +16,9 @@ constexpr float kAlpha = -0.33333334F;  // Meijering's weight of the other eigen
 constexpr double kLongestReach = 1e6;   // [pixels] No image is as wide.
 constexpr double kByteToUnit = 0.00392156862745098;  // 1 / 255
 
-/// Second derivatives of a blurred image, each `CV_32FC1`.
-struct Hessian {
-    cv::Mat xx;
-    cv::Mat xy;
-    cv::Mat yy;
-};
-
 cv::Mat toUnitFloat(const cv::Mat& image) {
-    if (image.type() == CV_32FC1) return image.clone();
+    // Filters must not see what lies around a part of a larger image.
+    if (image.type() == CV_32FC1) return image.isSubmatrix() ? image.clone() : image;
     cv::Mat converted;
     image.convertTo(converted, CV_32F);
     if (image.type() == CV_8UC1) converted *= kByteToUnit;
@@ -47,51 +41,100 @@ double kernelValue(double x, double sigma, int order) {
     }
 }
 
-Hessian hessian(const cv::Mat& image, double sigma, int border) {
-    const cv::Mat smooth = getGaussianKernel1D(0, sigma, 0);
-    const cv::Mat derive = getGaussianKernel1D(0, sigma, 1);
-    const auto filter = [border](const cv::Mat& source, const cv::Mat& row_kernel,
-                                 const cv::Mat& column_kernel) {
-        cv::Mat filtered;
+/// Written without a branch, so that several pixels are computed at once. The maximum also takes a
+/// discriminant that is no number for 0.
+inline void computeEigenvalues(float a, float b, float c, float& lambda1, float& lambda2) {
+    const float discriminant = 4.0F * b * b + (a - c) * (a - c);
+    const float root = std::sqrt(std::max(0.0F, discriminant));
+    const float trace = a + c;
+    lambda1 = root * 0.5F + trace * 0.5F;
+    lambda2 = trace * 0.5F - root * 0.5F;
+}
+
+/// The neuriteness of one scale, strip by strip of rows: all that a strip needs fits a cache, while
+/// whole images of five derivatives would be written to memory and read again.
+class RidgeScale {
+ public:
+    RidgeScale(const cv::Mat& image, double sigma, int border)
+        : image_(image),
+          border_(border),
+          smooth_(getGaussianKernel1D(0, sigma, 0)),
+          derive_(getGaussianKernel1D(0, sigma, 1)) {}
+
+    cv::Mat response() {
+        cv::Mat response(image_.size(), CV_32FC1);
+        for (int begin = 0; begin < image_.rows; begin += kStrip) {
+            const int end = std::min(begin + kStrip, image_.rows);
+            findDerivatives(begin, end);
+            for (int row = begin; row < end; ++row) {
+                neuriteness(row - begin, response.ptr<float>(row));
+            }
+        }
+        return response;
+    }
+
+ private:
+    static constexpr int kStrip = 128;  // Rows.
+
+    /// The derivatives of the image are filtered again, hence the rows around the strip. OpenCV's
+    /// filters see what lies around a part of an image, and at its edges repeat it as in the whole.
+    void findDerivatives(int begin, int end) {
+        const int radius = smooth_.rows / 2;
+        const int first = std::max(begin - radius, 0);
+        const int last = std::min(end + radius, image_.rows);
+        filter(image_.rowRange(first, last), x_, derive_, smooth_);
+        filter(image_.rowRange(first, last), y_, smooth_, derive_);
+        const cv::Mat x = x_.rowRange(begin - first, end - first);
+        filter(x, xx_, derive_, smooth_);
+        filter(x, xy_, smooth_, derive_);
+        filter(y_.rowRange(begin - first, end - first), yy_, smooth_, derive_);
+    }
+
+    void filter(const cv::Mat& source, cv::Mat& filtered, const cv::Mat& row_kernel,
+                const cv::Mat& column_kernel) const {
         cv::sepFilter2D(source, filtered, CV_32F, row_kernel, column_kernel, cv::Point(-1, -1), 0.0,
-                        border);
-        return filtered;
-    };
-    const cv::Mat x = filter(image, derive, smooth);
-    const cv::Mat y = filter(image, smooth, derive);
-    return {filter(x, derive, smooth), filter(x, smooth, derive), filter(y, smooth, derive)};
-}
+                        border_);
+    }
 
-float neuriteness(float xx, float xy, float yy) {
-    float lambda1 = 0.0F;
-    float lambda2 = 0.0F;
-    computeEigenvalues2x2Sorted(xx, xy, yy, lambda1, lambda2);
-    const float u = lambda1 + kAlpha * lambda2;
-    const float v = lambda2 + kAlpha * lambda1;
-    const float stronger = std::abs(u) <= std::abs(v) ? v : u;
-    return stronger > 0.0F ? stronger : 0.0F;
-}
-
-cv::Mat ridgeResponse(const Hessian& hessian) {
-    cv::Mat response(hessian.xx.size(), CV_32FC1);
-    for (int row = 0; row < response.rows; ++row) {
-        const float* const xx = hessian.xx.ptr<float>(row);
-        const float* const xy = hessian.xy.ptr<float>(row);
-        const float* const yy = hessian.yy.ptr<float>(row);
-        float* const out = response.ptr<float>(row);
-        for (int col = 0; col < response.cols; ++col) {
-            out[col] = neuriteness(xx[col], xy[col], yy[col]);
+    void neuriteness(int row, float* out) const {
+        const float* const xx = xx_.ptr<float>(row);
+        const float* const xy = xy_.ptr<float>(row);
+        const float* const yy = yy_.ptr<float>(row);
+        const int cols = image_.cols;
+        for (int col = 0; col < cols; ++col) {
+            float lambda1 = 0.0F;
+            float lambda2 = 0.0F;
+            computeEigenvalues(xx[col], xy[col], yy[col], lambda1, lambda2);
+            const float u = lambda1 + kAlpha * lambda2;
+            const float v = lambda2 + kAlpha * lambda1;
+            const float stronger = std::abs(u) <= std::abs(v) ? v : u;
+            out[col] = std::max(0.0F, stronger);
         }
     }
-    return response;
-}
 
-cv::Mat scaledToOne(const cv::Mat& response) {
+    const cv::Mat& image_;
+    int border_;
+    cv::Mat smooth_;
+    cv::Mat derive_;
+    cv::Mat x_;
+    cv::Mat y_;
+    cv::Mat xx_;
+    cv::Mat xy_;
+    cv::Mat yy_;
+};
+
+/// Scales the response to a maximum of 1 and puts the larger of it and the ridges, if there are
+/// some, into these. No response is negative.
+void addScaled(cv::Mat response, cv::Mat& ridges) {
     double largest = 0.0;
     cv::minMaxLoc(response, nullptr, &largest);
     const float maximum = static_cast<float>(largest);
-    if (!(maximum > 0.0F)) return response;
-    return response * (1.0 / static_cast<double>(maximum));
+    if (maximum > 0.0F) response *= 1.0 / static_cast<double>(maximum);
+    if (ridges.empty()) {
+        ridges = response;
+    } else {
+        cv::max(ridges, response, ridges);
+    }
 }
 
 }  // namespace
@@ -123,25 +166,21 @@ cv::Mat getGaussianKernel1D(int /*size*/, double sigma, int order) {
 }
 
 void computeEigenvalues2x2Sorted(float a, float b, float c, float& lambda1, float& lambda2) {
-    const float discriminant = 4.0F * b * b + (a - c) * (a - c);
-    const float root = discriminant > 0.0F ? std::sqrt(discriminant) : 0.0F;
-    const float trace = a + c;
-    lambda1 = root * 0.5F + trace * 0.5F;
-    lambda2 = trace * 0.5F - root * 0.5F;
+    computeEigenvalues(a, b, c, lambda1, lambda2);
 }
 
 cv::Mat generateRidgeMapMeijering(const cv::Mat& image,
                                   const Config::GenerateRidgeMapMeijeringConfig& config) {
     const cv::Mat working = toUnitFloat(image);
     const int border = getCvBorderType(config.mode);
-    cv::Mat ridges = cv::Mat::zeros(working.size(), CV_32FC1);
+    cv::Mat ridges;
     for (const double sigma : config.sigmas) {
         if (sigma <= 0.0) continue;
         // In single precision: the kernel's length follows from the rounded scale.
         const auto scale = static_cast<double>(static_cast<float>(sigma) / kSqrtTwo);
-        ridges = cv::max(ridges, scaledToOne(ridgeResponse(hessian(working, scale, border))));
+        addScaled(RidgeScale(working, scale, border).response(), ridges);
     }
-    return ridges;
+    return ridges.empty() ? cv::Mat(cv::Mat::zeros(working.size(), CV_32FC1)) : ridges;
 }
 
 cv::Mat generateBoundaryFromDilated(const cv::Mat& image) {
@@ -152,10 +191,16 @@ cv::Mat generateBoundaryFromDilated(const cv::Mat& image) {
     cv::Mat eroded;
     // The border's default value is the largest: the edge of the image makes no boundary.
     cv::erode(working, eroded, element, cv::Point(-1, -1), 1, cv::BORDER_CONSTANT);
-    cv::Mat step;
-    cv::subtract(working, eroded, step);
-    cv::Mat boundary;
-    cv::threshold(step, boundary, 0.5, 1.0, cv::THRESH_BINARY);
+    cv::Mat boundary(working.size(), CV_32FC1);
+    for (int row = 0; row < boundary.rows; ++row) {
+        const float* const value = working.ptr<float>(row);
+        const float* const smallest = eroded.ptr<float>(row);
+        float* const out = boundary.ptr<float>(row);
+        const int cols = boundary.cols;
+        for (int col = 0; col < cols; ++col) {
+            out[col] = value[col] - smallest[col] > 0.5F ? 1.0F : 0.0F;
+        }
+    }
     return boundary;
 }
 

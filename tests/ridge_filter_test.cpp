@@ -323,6 +323,21 @@ TEST(GenerateRidgeMapMeijering, StaysBetweenZeroAndOneOnALargerImage) {
 
 // generateBoundaryFromDilated
 
+TEST(GenerateRidgeMapMeijering, EqualsThePlainVersionOnImagesOfSeveralStrips) {
+    test::RandomImages random(41);
+    const cv::Mat image = random.floats({70, 300}, 2);
+    const std::vector<std::pair<std::string, int>> modes{{"reflect", cv::BORDER_REFLECT_101},
+                                                         {"mirror", cv::BORDER_REFLECT},
+                                                         {"constant", cv::BORDER_CONSTANT},
+                                                         {"nearest", cv::BORDER_REPLICATE}};
+    for (const auto& [mode, border] : modes) {
+        const Config::GenerateRidgeMapMeijeringConfig config{mode, {0.5, 2.0, 6.0}};
+        EXPECT_THAT(generateRidgeMapMeijering(image, config),
+                    MatEq(reference::ridgeMap(image, config.sigmas, border)))
+            << mode;
+    }
+}
+
 TEST(GenerateBoundaryFromDilated, IsThePerimeterOfASquare) {
     EXPECT_THAT(generateBoundaryFromDilated(values(". . . . . . .\n"
                                                    ". 1 1 1 1 1 .\n"

@@ -72,7 +72,8 @@ cv::Mat FloorplanSegmenter::doSegmentExact(const cv::Mat& raw_image,
 cv::Mat FloorplanSegmenter::doSegment(const cv::Mat& raw_image, const StageObserver& observer,
                                       Overflow overflow) {
     const auto begin = [&](const char* stage) { internal::observe(observer, stage, 0, 1); };
-    const cv::Mat working = raw_image.clone();
+    // No stage changes it.
+    const cv::Mat& working = raw_image;
     debugger_->logInfo("Starting floor plan segmentation");
     tellOfAlignment(config_.alignment);
 
