@@ -1,11 +1,11 @@
 #include "maps/working_map.h"
 
 #include <algorithm>
-#include <array>
 #include <opencv2/imgproc.hpp>
 #include <stdexcept>
 #include <string>
 
+#include "maps/core_errors.h"
 #include "vorund/rooms/map_reader.h"
 
 namespace vorund::rooms {
@@ -15,27 +15,6 @@ namespace {
 constexpr int kRim = 8;
 
 constexpr int kTheOnlyRoom = 1;
-
-/// What the core says when it finds no seed, and what its user has to know.
-struct CoreError {
-    const char* message;
-    const char* cause;
-};
-
-constexpr std::array<CoreError, 4> kNoRoom{{
-    {"cropSingleInfo expects a non-empty image.",
-     "no room found: the map is all floor or all wall at the threshold of generate_denoised_alone"},
-    {"removeSmallConnectedComponents expects a non-empty image.",
-     "no room found: the map's content is all floor or all wall at the threshold of "
-     "generate_denoised_alone"},
-    {"findConsistentGlobalLabels: labels_map_list_in.size() == 1",
-     "no room found: the free floor is too small or too narrow for a seed at the first scale (see "
-     "sigma_start and threshold in compute_labels_list, components_out in "
-     "generate_denoised_alone), or only one scale is set"},
-    {"findConsistentGlobalLabels: last_frame_labels.size() > 2",
-     "no room found: the floor is wider than the scales reach; raise max_iter or sigma_step in "
-     "compute_labels_list"},
-}};
 
 cv::Size checkedSize(const cv::Mat& values) {
     bool usable = values.type() == CV_32FC1;
@@ -65,32 +44,12 @@ cv::Mat run(const cv::Mat& values, FloorplanSegmenter& segmenter, const StageObs
     try {
         return segmenter.doSegmentExact(values, observer);
     } catch (const LabelOverflow& error) {
-        throw MapError(std::string("too many rooms: ") + error.what());
+        throw TooManyRooms(std::string("too many rooms: ") + error.what());
     } catch (const std::runtime_error& error) {
-        for (const CoreError& known : kNoRoom) {
-            if (error.what() == std::string(known.message)) throw MapError(known.cause);
-        }
-        throw;
+        const char* const cause = causeOfNoRoom(error);
+        if (cause == nullptr) throw;
+        throw MapError(cause);
     }
-}
-
-/// Walls may vanish in the cleaning, for example, and then no seed ever starts.
-void requireRooms(const cv::Mat& labels) {
-    const cv::Mat rooms = (labels != 0) & (labels != 255);
-    if (cv::countNonZero(rooms) == 0) {
-        throw MapError(
-            "no room found: no region of floor lives long enough over the scales (see "
-            "generate_denoised_alone and filter_threshold in over_segment)");
-    }
-}
-
-cv::Mat runInRim(const cv::Mat& values, FloorplanSegmenter& segmenter,
-                 const StageObserver& observer) {
-    cv::Mat rimmed;
-    cv::copyMakeBorder(values, rimmed, kRim, kRim, kRim, kRim, cv::BORDER_CONSTANT,
-                       cv::Scalar(1.0));
-    const cv::Mat labels = run(rimmed, segmenter, observer);
-    return labels(cv::Rect({kRim, kRim}, values.size())).clone();
 }
 
 }  // namespace
@@ -105,12 +64,29 @@ WorkingMap::WorkingMap(const GridMap& map) : resampling_(checkedSize(map.values)
     needs_rim_ = !map.raw && hasFloorAtTheEdge(values_);
 }
 
+WorkingMap::Framed WorkingMap::framed() const {
+    if (!needs_rim_) return {values_, cv::Rect({0, 0}, values_.size())};
+    Framed framed{{}, cv::Rect({kRim, kRim}, values_.size())};
+    cv::copyMakeBorder(values_, framed.values, kRim, kRim, kRim, kRim, cv::BORDER_CONSTANT,
+                       cv::Scalar(1.0));
+    return framed;
+}
+
 cv::Mat WorkingMap::segment(FloorplanSegmenter& segmenter, const StageObserver& observer) const {
     if (all_floor_) return {values_.size(), CV_8UC1, cv::Scalar(kTheOnlyRoom)};
-    const cv::Mat labels =
-        needs_rim_ ? runInRim(values_, segmenter, observer) : run(values_, segmenter, observer);
+    const Framed map = framed();
+    const cv::Mat labels = run(map.values, segmenter, observer)(map.own);
     requireRooms(labels);
-    return labels;
+    return needs_rim_ ? labels.clone() : labels;
+}
+
+void requireRooms(const cv::Mat& labels) {
+    const cv::Mat rooms = (labels != 0) & (labels != 255);
+    if (cv::countNonZero(rooms) == 0) {
+        throw MapError(
+            "no room found: no region of floor lives long enough over the scales (see "
+            "generate_denoised_alone and filter_threshold in over_segment)");
+    }
 }
 
 }  // namespace vorund::rooms

@@ -4,9 +4,21 @@
 
 #include "vorund/floorplan_segmenter.h"
 #include "vorund/rooms/grid_map.h"
+#include "vorund/rooms/map_reader.h"
 #include "vorund/rooms/resampling.h"
 
 namespace vorund::rooms {
+
+/// The core's 8-bit labels do not hold the map in one piece.
+class TooManyRooms : public MapError {
+ public:
+    using MapError::MapError;
+};
+
+/// @param labels  Of regions, 0 = none, 255 = unreached.
+/// @throws MapError  if there is no region. Walls may vanish in the cleaning, for example, and then
+///                   no seed ever starts.
+void requireRooms(const cv::Mat& labels);
 
 /// A robot's map as the core works on it.
 class WorkingMap {
@@ -16,8 +28,18 @@ class WorkingMap {
 
     /// `doSegmentExact` on the map, in a rim of wall where it needs one.
     /// @return `CV_8UC1` of the working size.
-    /// @throws MapError, Cancelled  as `segmentMap`; MapError too for more rooms than 8 bits hold.
+    /// @throws MapError, Cancelled  as `segmentMap`; TooManyRooms for more than 8 bits hold.
     cv::Mat segment(FloorplanSegmenter& segmenter, const StageObserver& observer) const;
+
+    /// What the core is to work on.
+    struct Framed {
+        cv::Mat values;  ///< `CV_32FC1`, in a rim of wall where the map needs one.
+        cv::Rect own;    ///< Where the map's own pixels lie in it.
+    };
+    Framed framed() const;
+
+    /// Whether nothing but floor is there: one room, without a wall to find it by.
+    bool isAllFloor() const { return all_floor_; }
 
     const Resampling& resampling() const { return resampling_; }
 
