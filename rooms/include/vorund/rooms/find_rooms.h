@@ -22,6 +22,10 @@ struct RoomGraph {
     Graph graph;
 };
 
+/// A map that is divided into blocks has this instead of `kStageDilate` and `kStageScales`: `done`
+/// blocks of `total`, which grows by one where a block is cut in two.
+inline constexpr char kStageBlocks[] = "blocks";
+
 /// The steps of `findRooms` after those of `doSegment`, in their order.
 inline constexpr char kStepSeparate[] = "separate";
 inline constexpr char kStepIslands[] = "islands";
