@@ -92,6 +92,7 @@ std::string roomsAsJson(const Rooms& rooms) {
     const Json json{
         {"format", kFormat},
         {"map", mapToJson(rooms)},
+        {"blocks", rooms.blocks},
         {"rooms", listOf(rooms.rooms)},
         {"borders", listOf(rooms.borders)},
         {"islands", listOf(rooms.islands)},

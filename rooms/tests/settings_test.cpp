@@ -112,6 +112,8 @@ merge_edges_in_place:
 rooms:
   simplify: 0.25
   straight_borders: true
+  blocks: always
+  block_pixels: 123456
 )";
 
 Config changedConfig() {
@@ -153,7 +155,7 @@ Config changedConfig() {
 }
 
 Settings changedSettings() {
-    return {changedConfig(), {0.25, true}};
+    return {changedConfig(), {0.25, true, "always", 123456}};
 }
 
 using Keys = std::vector<std::string>;
@@ -674,6 +676,8 @@ std::vector<Range> stages() {
         real("merge_edges_in_place/length_threshold", {"0", "1e6"}, {"1000000.1"}),
         real("rooms/simplify", {"0", "0.05", "10"}, {"10.1"}),
         flag("rooms/straight_borders"),
+        {"rooms/blocks", {"auto", "always"}, {"", "~", "never", "Auto", "1"}},
+        whole("rooms/block_pixels", {"40000", "64000000"}, {"0", "39999", "64000001"}),
     };
 }
 

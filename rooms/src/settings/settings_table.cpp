@@ -21,6 +21,8 @@ constexpr double kMostLine = 1e6;
 constexpr int kMostBins = 36'000;
 constexpr double kMostMetres = 1e6;     // [m or m^2]
 constexpr double kMostSimplify = 10.0;  // [m]; wider than rooms are.
+constexpr int kLeastBlock = 40'000;     // [pixels]; smaller ones see too little around them.
+constexpr int kMostBlock = 64'000'000;  // The largest map.
 
 constexpr char kNotAligned[] = "maps are not aligned";
 constexpr char kUnused[] = "no stage uses it";
@@ -212,6 +214,8 @@ void addMerging(const Group<Config>& root) {
 void addRooms(const Group<RoomsConfig>& group) {
     group.add("simplify", &RoomsConfig::simplify, number(0, kMostSimplify));
     group.add("straight_borders", &RoomsConfig::straight_borders, flag());
+    group.add("blocks", &RoomsConfig::blocks, name({"auto", "always"}));
+    group.add("block_pixels", &RoomsConfig::block_pixels, whole(kLeastBlock, kMostBlock));
 }
 
 std::vector<Setting> makeTable() {

@@ -37,7 +37,8 @@ inline constexpr char kStepCuts[] = "cuts";
 struct FlowObserver {
     /// Progress over all steps, those of `doSegment` first; false cancels.
     StageObserver progress;
-    /// The label image of `doSegment`: `CV_8UC1`, on the map's own pixels.
+    /// The label image of `doSegment`: `CV_8UC1`, on the map's own pixels. From blocks: `CV_32SC1`,
+    /// 255 is still what no region reached and no region's label.
     std::function<void(const cv::Mat& labels)> segmented;
     /// The rooms after a step: separated (with the islands), without islands, after each merge
     /// pass. The images are views: clone what is to be kept.
@@ -50,9 +51,11 @@ struct FlowObserver {
 /// From a robot's map to its rooms: `doSegment`, the borders between its rooms, islands removed,
 /// small rooms merged and rooms joined across open borders, a straight cut for every border left.
 ///
-/// @throws MapError       as `segmentMap`; also if the map has more rooms or borders than the
-/// core's
-///                        8-bit images hold, with the numbers.
+/// A map with more rooms than the core's 8-bit labels hold, or with more than 16 million pixels at
+/// the working resolution, is segmented in blocks that overlap, and their rooms are joined
+/// (`Rooms::blocks` tells how many).
+///
+/// @throws MapError       as `segmentMap`, though not for a map with many rooms.
 /// @throws Cancelled      when the observer asks to stop.
 VORUND_EXPORT Rooms findRooms(const GridMap& map, const Settings& settings,
                               std::shared_ptr<Debugger> debugger,

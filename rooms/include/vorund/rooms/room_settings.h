@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "vorund/config.h"
 
 namespace vorund::rooms {
@@ -10,6 +12,10 @@ struct RoomsConfig {
     double simplify = 0.0;
     /// Redraw the borders between rooms along their straight cuts.
     bool straight_borders = false;
+    /// When a map is segmented in blocks: "auto", if one piece does not hold it, or "always".
+    std::string blocks = "auto";
+    /// Most pixels of a block, with what is seen around it, >= 40000. [pixels at 0.05 m]
+    int block_pixels = 4'000'000;
 };
 
 /// All settings of a run.

@@ -66,6 +66,7 @@ struct VORUND_EXPORT Rooms {
     std::vector<Border> borders;  ///< By first, then second label.
     std::vector<Island> islands;  ///< What was removed, in the order of their smallest labels.
     std::int64_t unreached_pixels = 0;
+    int blocks = 1;  ///< In how many parts the map was segmented.
 
     Graph graph;  ///< Rooms and borders as a graph; positions in pixels of the map.
 
