@@ -17,6 +17,16 @@ cv::Mat labelImage(const rooms::Rooms& rooms) {
     return image;
 }
 
+/// Regions from blocks have labels of 32 bits, also where they are few.
+cv::Mat segmentImage(const cv::Mat& segments) {
+    if (segments.depth() != CV_32S) return segments;
+    double largest = 0.0;
+    cv::minMaxLoc(segments, nullptr, &largest);
+    cv::Mat image;
+    segments.convertTo(image, largest > 255.0 ? CV_16U : CV_8U);
+    return image;
+}
+
 void writeText(rooms::FileOutput& output, const std::string& name, const std::string& text) {
     output.write(name, std::vector<std::uint8_t>(text.begin(), text.end()));
 }
@@ -39,7 +49,7 @@ cv::Mat paintRooms(const rooms::GridMap& map, const rooms::Rooms& rooms) {
 
 void writeResults(const rooms::GridMap& map, const rooms::Rooms& rooms, const RunImages& images,
                   rooms::FileOutput& output) {
-    output.writeImage("segments.png", images.segments);
+    output.writeImage("segments.png", segmentImage(images.segments));
     output.writeImage("segments_color.png", rooms::drawRooms(map.picture, images.segments));
     output.writeImage("rooms.png", labelImage(rooms));
     output.writeImage("rooms_color.png", paintRooms(map, rooms));

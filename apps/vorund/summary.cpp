@@ -22,6 +22,7 @@ std::string summaryLine(const rooms::Rooms& rooms, double seconds) {
     if (!rooms.islands.empty()) {
         text << counted(rooms.islands.size(), "island removed, ", "islands removed, ");
     }
+    if (rooms.blocks > 1) text << "found in " << rooms.blocks << " blocks, ";
     text << std::fixed << std::setprecision(1) << cols << " x " << rows << " pixels ("
          << cols * rooms.resolution << " m x " << rows * rooms.resolution << " m), "
          << std::setprecision(2) << seconds << " s\n";

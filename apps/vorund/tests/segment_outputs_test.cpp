@@ -124,6 +124,44 @@ TEST_F(SegmentOutputs, FollowTheSettingsOfRooms) {
     EXPECT_EQ(readFile(out() + "/rooms.json"), by_option);
 }
 
+TEST_F(SegmentOutputs, TellOfBlocks) {
+    // A room of 15 m x 15 m, and blocks of 10 m x 10 m with what is seen around them.
+    cv::Mat map(340, 340, CV_8UC1, cv::Scalar(0));
+    map(cv::Rect(20, 20, 300, 300)) = 254;
+    ASSERT_EQ(segment(image("map.png", map)).status, 0);
+    EXPECT_EQ(json("rooms.json")["blocks"], 1);
+    EXPECT_THAT(segment(image("map.png", map),
+                        {"--set", "rooms/blocks=always", "--set", "rooms/block_pixels=40000"})
+                    .out,
+                MatchesRegex("1 room, found in [0-9]+ blocks, 340 x 340 pixels .17.0 m x 17.0 m., "
+                             "[0-9.]+ s\n"));
+    EXPECT_GE(json("rooms.json")["blocks"], 4);
+    const cv::Mat segments = result("segments.png");
+    EXPECT_EQ(segments.type(), CV_8UC1) << "one region needs no more";
+    EXPECT_EQ(cv::countNonZero(segments == 1), 300 * 300);
+}
+
+TEST_F(SegmentOutputs, HaveManyRegionsIn16Bits) {
+    // 18 x 18 rooms of 1.5 m x 1.5 m with doors of 0.7 m.
+    cv::Mat map(18 * 34 + 20, 18 * 34 + 20, CV_8UC1, cv::Scalar(0));
+    for (int row = 0; row < 18; ++row) {
+        for (int col = 0; col < 18; ++col) {
+            const cv::Point corner(10 + 34 * col, 10 + 34 * row);
+            map(cv::Rect(corner, cv::Size(30, 30))) = 254;
+            if (col > 0) map(cv::Rect(corner.x - 4, corner.y + 8, 4, 14)) = 254;
+            if (row > 0) map(cv::Rect(corner.x + 8, corner.y - 4, 14, 4)) = 254;
+        }
+    }
+    ASSERT_EQ(segment(image("map.png", map)).status, 0);
+    EXPECT_EQ(json("rooms.json")["rooms"].size(), 324U);
+    for (const std::string name : {"segments.png", "rooms.png"}) {
+        const cv::Mat labels = result(name);
+        EXPECT_EQ(labels.type(), CV_16UC1) << name;
+        EXPECT_EQ(cv::countNonZero(labels), cv::countNonZero(map)) << name;
+    }
+    EXPECT_EQ(cv::countNonZero(result("segments.png") == 255), 0) << "that is unreached floor";
+}
+
 TEST_F(SegmentOutputs, JoinRoomsAsTheSettingsSay) {
     // The door is 0.7 m wide: nothing parts the rooms if borders above 0.3 m are open.
     const Outcome outcome = segment(image("map.png", twoRooms()),
