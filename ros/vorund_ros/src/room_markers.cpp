@@ -33,7 +33,7 @@ constexpr std::array<Colour, 8> kRoomColours{{{0.55F, 0.83F, 0.78F},
                                               {0.99F, 0.80F, 0.90F}}};
 constexpr Colour kOutlineColour{0.25F, 0.25F, 0.30F};
 constexpr Colour kNumberColour{0.05F, 0.05F, 0.05F};
-constexpr Colour kDoorColour{0.85F, 0.05F, 0.10F};
+constexpr Colour kDoorColour{0.10F, 0.15F, 0.65F};  // Stands out from all of the rooms.
 
 // What lies above what, seen from above. [m]
 constexpr double kFillHeight = 0.0;

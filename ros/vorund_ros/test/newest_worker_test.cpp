@@ -161,9 +161,5 @@ TEST(NewestWorker, StopsAndDropsEverythingAtTheEnd) {
                                           "late dropped"));
 }
 
-TEST(NewestWorker, MayGoWithoutAnyWork) {
-    const NewestWorker worker(kMostCancelled);
-}
-
 }  // namespace
 }  // namespace vorund_ros
