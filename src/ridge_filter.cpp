@@ -16,8 +16,8 @@ constexpr float kAlpha = -0.33333334F;  // Meijering's weight of the other eigen
 constexpr double kLongestReach = 1e6;   // [pixels] No image is as wide.
 constexpr double kByteToUnit = 0.00392156862745098;  // 1 / 255
 
+/// Shares the pixels of an image that is of the type already and no view of a larger one.
 cv::Mat toUnitFloat(const cv::Mat& image) {
-    // Filters must not see what lies around a part of a larger image.
     if (image.type() == CV_32FC1) return image.isSubmatrix() ? image.clone() : image;
     cv::Mat converted;
     image.convertTo(converted, CV_32F);
@@ -41,100 +41,107 @@ double kernelValue(double x, double sigma, int order) {
     }
 }
 
-/// Written without a branch, so that several pixels are computed at once. The maximum also takes a
-/// discriminant that is no number for 0.
-inline void computeEigenvalues(float a, float b, float c, float& lambda1, float& lambda2) {
-    const float discriminant = 4.0F * b * b + (a - c) * (a - c);
-    const float root = std::sqrt(std::max(0.0F, discriminant));
-    const float trace = a + c;
-    lambda1 = root * 0.5F + trace * 0.5F;
-    lambda2 = trace * 0.5F - root * 0.5F;
+/// Leaves out ends of zeros, the same number from both kernels and on both sides: they add nothing.
+/// Not below seven entries, where OpenCV would go another way and round differently.
+void trim(cv::Mat& smooth, cv::Mat& derive) {
+    const int radius = smooth.rows / 2;
+    int zeros = 0;
+    while (zeros < radius - 3 && smooth.at<float>(zeros) == 0.0F &&
+           derive.at<float>(zeros) == 0.0F) {
+        ++zeros;
+    }
+    const cv::Range kept(zeros, smooth.rows - zeros);
+    smooth = smooth.rowRange(kept).clone();
+    derive = derive.rowRange(kept).clone();
 }
 
-/// The neuriteness of one scale, strip by strip of rows: all that a strip needs fits a cache, while
-/// whole images of five derivatives would be written to memory and read again.
-class RidgeScale {
+/// Second derivatives of a blurred image, in bands of rows that stay in the cache.
+class Hessian {
  public:
-    RidgeScale(const cv::Mat& image, double sigma, int border)
+    /// @param image  Is referred to; no view of a larger one.
+    Hessian(const cv::Mat& image, double sigma, int border)
         : image_(image),
           border_(border),
           smooth_(getGaussianKernel1D(0, sigma, 0)),
-          derive_(getGaussianKernel1D(0, sigma, 1)) {}
-
-    cv::Mat response() {
-        cv::Mat response(image_.size(), CV_32FC1);
-        for (int begin = 0; begin < image_.rows; begin += kStrip) {
-            const int end = std::min(begin + kStrip, image_.rows);
-            findDerivatives(begin, end);
-            for (int row = begin; row < end; ++row) {
-                neuriteness(row - begin, response.ptr<float>(row));
-            }
-        }
-        return response;
+          derive_(getGaussianKernel1D(0, sigma, 1)) {
+        trim(smooth_, derive_);
     }
+
+    /// A good height for the bands: what they have in common is filtered twice.
+    int bandRows() const { return 8 * smooth_.rows; }
+
+    void filterRows(const cv::Range& rows) {
+        const int reach = smooth_.rows / 2;
+        const cv::Range around(std::max(rows.start - reach, 0),
+                               std::min(rows.end + reach, image_.rows));
+        const cv::Mat source = image_.rowRange(around);
+        filter(source, x_, derive_, smooth_);
+        filter(source, y_, smooth_, derive_);
+        // OpenCV reads on beyond the part of a matrix that it is given, up to the matrix' edge,
+        // which is that of the image if it is not far enough away.
+        const cv::Range inner(rows.start - around.start, rows.end - around.start);
+        filter(x_.rowRange(inner), xx, derive_, smooth_);
+        filter(x_.rowRange(inner), xy, smooth_, derive_);
+        filter(y_.rowRange(inner), yy, smooth_, derive_);
+    }
+
+    cv::Mat xx, xy, yy;  ///< Of the rows last filtered.
 
  private:
-    static constexpr int kStrip = 128;  // Rows.
-
-    /// The derivatives of the image are filtered again, hence the rows around the strip. OpenCV's
-    /// filters see what lies around a part of an image, and at its edges repeat it as in the whole.
-    void findDerivatives(int begin, int end) {
-        const int radius = smooth_.rows / 2;
-        const int first = std::max(begin - radius, 0);
-        const int last = std::min(end + radius, image_.rows);
-        filter(image_.rowRange(first, last), x_, derive_, smooth_);
-        filter(image_.rowRange(first, last), y_, smooth_, derive_);
-        const cv::Mat x = x_.rowRange(begin - first, end - first);
-        filter(x, xx_, derive_, smooth_);
-        filter(x, xy_, smooth_, derive_);
-        filter(y_.rowRange(begin - first, end - first), yy_, smooth_, derive_);
-    }
-
     void filter(const cv::Mat& source, cv::Mat& filtered, const cv::Mat& row_kernel,
                 const cv::Mat& column_kernel) const {
         cv::sepFilter2D(source, filtered, CV_32F, row_kernel, column_kernel, cv::Point(-1, -1), 0.0,
                         border_);
     }
 
-    void neuriteness(int row, float* out) const {
-        const float* const xx = xx_.ptr<float>(row);
-        const float* const xy = xy_.ptr<float>(row);
-        const float* const yy = yy_.ptr<float>(row);
-        const int cols = image_.cols;
-        for (int col = 0; col < cols; ++col) {
-            float lambda1 = 0.0F;
-            float lambda2 = 0.0F;
-            computeEigenvalues(xx[col], xy[col], yy[col], lambda1, lambda2);
-            const float u = lambda1 + kAlpha * lambda2;
-            const float v = lambda2 + kAlpha * lambda1;
-            const float stronger = std::abs(u) <= std::abs(v) ? v : u;
-            out[col] = std::max(0.0F, stronger);
-        }
-    }
-
-    const cv::Mat& image_;
+    cv::Mat image_;
     int border_;
     cv::Mat smooth_;
     cv::Mat derive_;
-    cv::Mat x_;
-    cv::Mat y_;
-    cv::Mat xx_;
-    cv::Mat xy_;
-    cv::Mat yy_;
+    cv::Mat x_, y_;
 };
 
-/// Scales the response to a maximum of 1 and puts the larger of it and the ridges, if there are
-/// some, into these. No response is negative.
-void addScaled(cv::Mat response, cv::Mat& ridges) {
+/// The square root of 0 for what is not positive, which is why a loop over it needs no branch.
+float positiveRoot(float value) {
+    return std::sqrt(value > 0.0F ? value : 0.0F);
+}
+
+float neuriteness(float xx, float xy, float yy) {
+    const float root = positiveRoot(4.0F * xy * xy + (xx - yy) * (xx - yy));
+    const float trace = xx + yy;
+    const float lambda1 = root * 0.5F + trace * 0.5F;
+    const float lambda2 = trace * 0.5F - root * 0.5F;
+    const float u = lambda1 + kAlpha * lambda2;
+    const float v = lambda2 + kAlpha * lambda1;
+    const float stronger = std::abs(u) <= std::abs(v) ? v : u;
+    return stronger > 0.0F ? stronger : 0.0F;
+}
+
+void neuritenessOfRow(const float* xx, const float* xy, const float* yy, float* out, int count) {
+    for (int i = 0; i < count; ++i) out[i] = neuriteness(xx[i], xy[i], yy[i]);
+}
+
+cv::Mat ridgeResponse(const cv::Mat& image, double sigma, int border) {
+    cv::Mat response(image.size(), CV_32FC1);
+    Hessian hessian(image, sigma, border);
+    int end = 0;
+    for (int start = 0; start < image.rows; start = end) {
+        end = start + std::min(hessian.bandRows(), image.rows - start);
+        hessian.filterRows(cv::Range(start, end));
+        for (int row = start; row < end; ++row) {
+            const int in_band = row - start;
+            neuritenessOfRow(hessian.xx.ptr<float>(in_band), hessian.xy.ptr<float>(in_band),
+                             hessian.yy.ptr<float>(in_band), response.ptr<float>(row), image.cols);
+        }
+    }
+    return response;
+}
+
+void scaleToOne(cv::Mat& response) {
     double largest = 0.0;
     cv::minMaxLoc(response, nullptr, &largest);
     const float maximum = static_cast<float>(largest);
-    if (maximum > 0.0F) response *= 1.0 / static_cast<double>(maximum);
-    if (ridges.empty()) {
-        ridges = response;
-    } else {
-        cv::max(ridges, response, ridges);
-    }
+    if (maximum > 0.0F) response.convertTo(response, CV_32F, 1.0 / static_cast<double>(maximum));
 }
 
 }  // namespace
@@ -166,7 +173,11 @@ cv::Mat getGaussianKernel1D(int /*size*/, double sigma, int order) {
 }
 
 void computeEigenvalues2x2Sorted(float a, float b, float c, float& lambda1, float& lambda2) {
-    computeEigenvalues(a, b, c, lambda1, lambda2);
+    const float discriminant = 4.0F * b * b + (a - c) * (a - c);
+    const float root = discriminant > 0.0F ? std::sqrt(discriminant) : 0.0F;
+    const float trace = a + c;
+    lambda1 = root * 0.5F + trace * 0.5F;
+    lambda2 = trace * 0.5F - root * 0.5F;
 }
 
 cv::Mat generateRidgeMapMeijering(const cv::Mat& image,
@@ -178,9 +189,15 @@ cv::Mat generateRidgeMapMeijering(const cv::Mat& image,
         if (sigma <= 0.0) continue;
         // In single precision: the kernel's length follows from the rounded scale.
         const auto scale = static_cast<double>(static_cast<float>(sigma) / kSqrtTwo);
-        addScaled(RidgeScale(working, scale, border).response(), ridges);
+        cv::Mat response = ridgeResponse(working, scale, border);
+        scaleToOne(response);
+        if (ridges.empty()) {
+            ridges = response;
+        } else {
+            cv::max(ridges, response, ridges);
+        }
     }
-    return ridges.empty() ? cv::Mat(cv::Mat::zeros(working.size(), CV_32FC1)) : ridges;
+    return ridges.empty() ? cv::Mat::zeros(working.size(), CV_32FC1) : ridges;
 }
 
 cv::Mat generateBoundaryFromDilated(const cv::Mat& image) {
@@ -191,16 +208,9 @@ cv::Mat generateBoundaryFromDilated(const cv::Mat& image) {
     cv::Mat eroded;
     // The border's default value is the largest: the edge of the image makes no boundary.
     cv::erode(working, eroded, element, cv::Point(-1, -1), 1, cv::BORDER_CONSTANT);
-    cv::Mat boundary(working.size(), CV_32FC1);
-    for (int row = 0; row < boundary.rows; ++row) {
-        const float* const value = working.ptr<float>(row);
-        const float* const smallest = eroded.ptr<float>(row);
-        float* const out = boundary.ptr<float>(row);
-        const int cols = boundary.cols;
-        for (int col = 0; col < cols; ++col) {
-            out[col] = value[col] - smallest[col] > 0.5F ? 1.0F : 0.0F;
-        }
-    }
+    cv::Mat& boundary = eroded;
+    cv::subtract(working, eroded, boundary);
+    cv::threshold(boundary, boundary, 0.5, 1.0, cv::THRESH_BINARY);
     return boundary;
 }
 
