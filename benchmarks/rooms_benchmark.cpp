@@ -75,7 +75,7 @@ RoomGraph mergedRooms(int side, Kind kind) {
 
 Work cuts(int side, Kind kind) {
     const RoomGraph merged = mergedRooms(side, kind);
-    return {[=] { rooms::findCuts(merged); }, {}};
+    return {[=] { rooms::findCuts(merged, nullptr); }, {}};
 }
 
 Work cutsPlainly(int side, Kind kind) {
@@ -87,7 +87,7 @@ Work records(int side, Kind kind) {
     const Tile& tile = tileOf(side, kind);
     const cv::Mat segmented = enlarged(tile.segmented, side);
     const RoomGraph merged = mergedRooms(side, kind);
-    const rooms::Cuts found_cuts = rooms::findCuts(tile.merged).second;
+    const rooms::Cuts found_cuts = rooms::findCuts(tile.merged, nullptr);
     const std::vector<rooms::RemovedIsland> islands = tile.islands;
     return {[=] {
                 rooms::Rooms result;

@@ -4,7 +4,10 @@
 #include <cstdint>
 #include <cstdlib>
 #include <opencv2/imgproc.hpp>
+#include <tuple>
 #include <vector>
+
+#include "internal/rectification.h"
 
 namespace vorund::rooms {
 namespace {
@@ -104,15 +107,22 @@ class CutPair {
 
 }  // namespace
 
-std::pair<cv::Mat, Cuts> findCuts(const RoomGraph& rooms) {
-    const auto [picture, lines] = GraphProcessor::processOptimalBorderRectification(
-        toBytes(rooms.borders), rooms.border_ids, toBytes(rooms.labels), "cuts");
+Cuts findCuts(const RoomGraph& rooms, cv::Mat* picture) {
+    const cv::Mat borders = toBytes(rooms.borders);
+    const cv::Mat labels = toBytes(rooms.labels);
+    std::map<int, GraphProcessor::OptimalLine> lines;
+    if (picture == nullptr) {
+        lines = internal::rectifyBorders(borders, rooms.border_ids, labels);
+    } else {
+        std::tie(*picture, lines) = GraphProcessor::processOptimalBorderRectification(
+            borders, rooms.border_ids, labels, "cuts");
+    }
     Cuts cuts;
     for (const auto& [edge, id] : rooms.border_ids) {
         const auto line = lines.find(id);
         if (line != lines.end()) cuts.emplace(edge, line->second);
     }
-    return {picture, cuts};
+    return cuts;
 }
 
 void straightenBorders(cv::Mat& labels, const Cuts& cuts) {

@@ -2,7 +2,6 @@
 
 #include <map>
 #include <opencv2/core.hpp>
-#include <utility>
 
 #include "vorund/graph_processor.h"
 #include "vorund/rooms/find_rooms.h"
@@ -11,8 +10,10 @@ namespace vorund::rooms {
 
 using Cuts = std::map<Edge, GraphProcessor::OptimalLine>;
 
-/// The straight cut of every border that has one, and the core's picture of them.
-std::pair<cv::Mat, Cuts> findCuts(const RoomGraph& rooms);
+/// The straight cut of every border that has one.
+/// @param picture  For the core's picture of them, which takes longer to draw than they to find;
+///                 null = not wanted.
+Cuts findCuts(const RoomGraph& rooms, cv::Mat* picture);
 
 /// Redraws the borders between rooms along their cuts: where a cut divides what the two rooms
 /// cover together so that each keeps most of itself on a side of its own, the sides become the

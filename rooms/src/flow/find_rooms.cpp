@@ -1,6 +1,5 @@
 #include "vorund/rooms/find_rooms.h"
 
-#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -90,7 +89,7 @@ Outcome takeSteps(const cv::Mat& segmented, RoomGraph graph, const Settings& set
     Outcome outcome{std::move(graph), {}, {}, {}};
     mergeRooms(settings, observer, mergeBySizeAndBorderLength, outcome);
     cv::Mat picture;
-    std::tie(picture, outcome.cuts) = findCuts(outcome.rooms);
+    outcome.cuts = findCuts(outcome.rooms, observer.picture ? &picture : nullptr);
     drawPictures(observer, outcome.rooms, picture);
     outcome.labels = assignLinePixels(segmented, outcome.rooms.labels);
     if (settings.rooms.straight_borders) straightenBorders(outcome.labels, outcome.cuts);

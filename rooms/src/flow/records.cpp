@@ -1,9 +1,11 @@
 #include "flow/records.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <map>
 
 #include "flow/space.h"
+#include "internal/runs.h"
 #include "vorund/graph_processor.h"
 
 namespace vorund::rooms {
@@ -13,11 +15,11 @@ namespace {
 std::map<int, int> numberRooms(const cv::Mat& labels) {
     std::map<int, int> numbers;
     for (int row = 0; row < labels.rows; ++row) {
-        const std::int32_t* const label = labels.ptr<std::int32_t>(row);
-        for (int col = 0; col < labels.cols; ++col) {
-            if (label[col] == 0) continue;
-            numbers.emplace(label[col], static_cast<int>(numbers.size()) + 1);
-        }
+        internal::forEachRun(labels.ptr<std::int32_t>(row), labels.cols,
+                             [&](int, int, std::int32_t label) {
+                                 if (label != 0)
+                                     numbers.emplace(label, static_cast<int>(numbers.size()) + 1);
+                             });
     }
     return numbers;
 }
@@ -25,11 +27,12 @@ std::map<int, int> numberRooms(const cv::Mat& labels) {
 cv::Mat renumbered(const cv::Mat& labels, const std::map<int, int>& numbers) {
     cv::Mat result(labels.size(), CV_32SC1);
     for (int row = 0; row < labels.rows; ++row) {
-        const std::int32_t* const from = labels.ptr<std::int32_t>(row);
         std::int32_t* const to = result.ptr<std::int32_t>(row);
-        for (int col = 0; col < labels.cols; ++col) {
-            to[col] = from[col] == 0 ? 0 : numbers.at(from[col]);
-        }
+        internal::forEachRun(labels.ptr<std::int32_t>(row), labels.cols,
+                             [&](int begin, int end, std::int32_t label) {
+                                 std::fill(to + begin, to + end,
+                                           label == 0 ? 0 : numbers.at(label));
+                             });
     }
     return result;
 }
@@ -58,13 +61,13 @@ void addRooms(const Places& places, Rooms& rooms) {
         rooms.rooms.push_back({label, 0, 0.0, places.atPixel(pixel), cv::Rect(pixel, pixel), {}});
     }
     for (int row = 0; row < rooms.labels.rows; ++row) {
-        for (int col = 0; col < rooms.labels.cols; ++col) {
-            const int label = rooms.labels.at<std::int32_t>(row, col);
-            if (label == 0) continue;
-            Room& room = rooms.rooms[static_cast<std::size_t>(label - 1)];
-            ++room.pixel_count;
-            room.box |= cv::Rect(col, row, 1, 1);
-        }
+        internal::forEachRun(rooms.labels.ptr<std::int32_t>(row), rooms.labels.cols,
+                             [&](int begin, int end, std::int32_t label) {
+                                 if (label == 0) return;
+                                 Room& room = rooms.rooms[static_cast<std::size_t>(label - 1)];
+                                 room.pixel_count += end - begin;
+                                 room.box |= cv::Rect(begin, row, end - begin, 1);
+                             });
     }
     for (Room& room : rooms.rooms) {
         room.area_m2 = static_cast<double>(room.pixel_count) * rooms.resolution * rooms.resolution;

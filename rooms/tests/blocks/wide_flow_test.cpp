@@ -57,7 +57,7 @@ Steps takeCoreSteps(const cv::Mat& regions, const Config& config) {
     test::RegionMap map = test::regionMap(drawSeparators(regions), kLine);
     Steps steps = merge({map.segments, map.borders, map.border_ids, map.graph}, config,
                         mergeBySizeAndBorderLength);
-    steps.cuts = findCuts(steps.graphs.back()).second;
+    steps.cuts = findCuts(steps.graphs.back(), nullptr);
     steps.labels = assignLinePixels(regions, steps.graphs.back().labels);
     steps.straight = steps.labels.clone();
     straightenBorders(steps.straight, steps.cuts);
