@@ -1,5 +1,7 @@
 // Writes a plan as a robot's map and its truth. Numbers are put together from integers: the same
 // digits on every machine and in every locale.
+#include "plan_writer.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <fstream>
@@ -7,36 +9,20 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "plan_generator.h"
-
 namespace vorund::test {
 namespace {
 
-std::string causeOf(int error) { return std::generic_category().message(error); }
+constexpr char kWho[] = "writePlan";
 
-void writeFile(const std::string& path, const std::string& bytes) {
-    const std::string temporary = path + ".part";
-    errno = 0;
-    std::ofstream file(temporary, std::ios::binary);
-    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    file.close();
-    if (file.fail()) {
-        const int error = errno;
-        std::remove(temporary.c_str());
-        throw std::runtime_error("writePlan: Cannot write " + path + ": " + causeOf(error) + ".");
-    }
-    if (std::rename(temporary.c_str(), path.c_str()) != 0) {
-        const int error = errno;
-        std::remove(temporary.c_str());
-        throw std::runtime_error("writePlan: Cannot write " + path + ": " + causeOf(error) + ".");
-    }
+std::string causeOf(int error) {
+    return std::generic_category().message(error);
 }
 
 // Micrometres as metres without needless zeros: 50000 -> "0.05".
 std::string metres(std::int64_t micrometres) {
     const bool negative = micrometres < 0;
-    const std::string digits = std::to_string(1000000 + (negative ? -micrometres : micrometres) %
-                                                            1000000).substr(1);
+    const std::string digits =
+        std::to_string(1000000 + (negative ? -micrometres : micrometres) % 1000000).substr(1);
     const std::string whole = std::to_string((negative ? -micrometres : micrometres) / 1000000);
     const std::string text = whole + "." + digits.substr(0, digits.find_last_not_of('0') + 1);
     return (negative ? "-" : "") + (text.back() == '.' ? text + "0" : text);
@@ -51,29 +37,14 @@ std::int64_t originY(const Plan& plan) {
 }
 
 std::string pgmOf(const cv::Mat& map) {
-    std::string bytes = "P5\n" + std::to_string(map.cols) + " " + std::to_string(map.rows) +
-                        "\n255\n";
+    std::string bytes =
+        "P5\n" + std::to_string(map.cols) + " " + std::to_string(map.rows) + "\n255\n";
     bytes.reserve(bytes.size() + map.total());
     for (int row = 0; row < map.rows; ++row) {
         const std::uint8_t* pixels = map.ptr<std::uint8_t>(row);
         bytes.append(pixels, pixels + map.cols);
     }
     return bytes;
-}
-
-std::string yamlOf(const Plan& plan, const std::string& name) {
-    return "image: " + name + ".pgm\nmode: trinary\nresolution: " +
-           metres(plan.options.resolution_um) + "\norigin: [" + metres(originX(plan)) + ", " +
-           metres(originY(plan)) +
-           ", 0.0]\nnegate: 0\noccupied_thresh: 0.65\nfree_thresh: 0.196\n";
-}
-
-std::string pngOf(const cv::Mat& labels, const std::string& path) {
-    std::vector<std::uint8_t> bytes;
-    if (!cv::imencode(".png", labels, bytes)) {
-        throw std::runtime_error("writePlan: Cannot write " + path + ": PNG encoding failed.");
-    }
-    return {bytes.begin(), bytes.end()};
 }
 
 std::string pixelOf(const cv::Point& point) {
@@ -88,33 +59,70 @@ std::string placeOf(const Plan& plan, const cv::Point& point) {
     return "[" + metres(x) + ", " + metres(y) + "]";
 }
 
+}  // namespace
+
+void checkFileName(const std::string& who, const std::string& name) {
+    if (name.empty() || name.find('/') != std::string::npos) {
+        throw std::invalid_argument(who + ": \"" + name + "\" is no file name.");
+    }
+}
+
+void writeFile(const std::string& who, const std::string& path, const std::string& bytes) {
+    const std::string temporary = path + ".part";
+    errno = 0;
+    std::ofstream file(temporary, std::ios::binary);
+    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    file.close();
+    if (file.fail()) {
+        const int error = errno;
+        std::remove(temporary.c_str());
+        throw std::runtime_error(who + ": Cannot write " + path + ": " + causeOf(error) + ".");
+    }
+    if (std::rename(temporary.c_str(), path.c_str()) != 0) {
+        const int error = errno;
+        std::remove(temporary.c_str());
+        throw std::runtime_error(who + ": Cannot write " + path + ": " + causeOf(error) + ".");
+    }
+}
+
+std::string yamlOf(const Plan& plan, const std::string& image) {
+    return "image: " + image +
+           "\nmode: trinary\nresolution: " + metres(plan.options.resolution_um) + "\norigin: [" +
+           metres(originX(plan)) + ", " + metres(originY(plan)) +
+           ", 0.0]\nnegate: 0\noccupied_thresh: 0.65\nfree_thresh: 0.196\n";
+}
+
+std::string pngOf(const std::string& who, const cv::Mat& image, const std::string& path) {
+    std::vector<std::uint8_t> bytes;
+    if (!cv::imencode(".png", image, bytes)) {
+        throw std::runtime_error(who + ": Cannot write " + path + ": PNG encoding failed.");
+    }
+    return {bytes.begin(), bytes.end()};
+}
+
 std::string doorsOf(const Plan& plan) {
-    std::string text = "{\n  \"resolution_m\": " + metres(plan.options.resolution_um) +
-                       ",\n  \"doors\": [";
+    std::string text =
+        "{\n  \"resolution_m\": " + metres(plan.options.resolution_um) + ",\n  \"doors\": [";
     const char* separator = "\n";
     for (const Door& door : plan.doors) {
         text += separator;
         text += "    {\"rooms\": [" + std::to_string(door.room_a) + ", " +
-                std::to_string(door.room_b) + "], \"width_m\": " +
-                metres(std::int64_t{1000} * door.width_mm) + ", \"a_px\": " + pixelOf(door.a) +
-                ", \"b_px\": " + pixelOf(door.b) + ", \"a_m\": " + placeOf(plan, door.a) +
-                ", \"b_m\": " + placeOf(plan, door.b) + "}";
+                std::to_string(door.room_b) +
+                "], \"width_m\": " + metres(std::int64_t{1000} * door.width_mm) +
+                ", \"a_px\": " + pixelOf(door.a) + ", \"b_px\": " + pixelOf(door.b) +
+                ", \"a_m\": " + placeOf(plan, door.a) + ", \"b_m\": " + placeOf(plan, door.b) + "}";
         separator = ",\n";
     }
     return text + (plan.doors.empty() ? "]\n}\n" : "\n  ]\n}\n");
 }
 
-}  // namespace
-
 void writePlan(const Plan& plan, const std::string& directory, const std::string& name) {
-    if (name.empty() || name.find('/') != std::string::npos) {
-        throw std::invalid_argument("writePlan: \"" + name + "\" is no file name.");
-    }
+    checkFileName(kWho, name);
     const std::string stem = directory + "/" + name;
-    writeFile(stem + ".pgm", pgmOf(plan.map));
-    writeFile(stem + ".yaml", yamlOf(plan, name));
-    writeFile(stem + "_rooms.png", pngOf(plan.rooms, stem + "_rooms.png"));
-    writeFile(stem + "_doors.json", doorsOf(plan));
+    writeFile(kWho, stem + ".pgm", pgmOf(plan.map));
+    writeFile(kWho, stem + ".yaml", yamlOf(plan, name + ".pgm"));
+    writeFile(kWho, stem + "_rooms.png", pngOf(kWho, plan.rooms, stem + "_rooms.png"));
+    writeFile(kWho, stem + "_doors.json", doorsOf(plan));
 }
 
 }  // namespace vorund::test
