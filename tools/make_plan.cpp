@@ -1,12 +1,14 @@
 // make_plan: writes a made-up floor plan with its true rooms.
 //
 //     make_plan --seed 7 --size 24x14 --resolution 0.05 --furniture 60 --out /tmp --name office
+//     make_plan --family mapped_home --count 50 --seed 1 --out /tmp/homes
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
 #include <stdexcept>
 #include <string>
 
+#include "families/plan_families.h"
 #include "plan_generator.h"
 
 namespace {
@@ -38,7 +40,15 @@ struct Arguments {
     std::string size = "24x14", resolution = "0.05", rotation = "0", margin = "1.5";
     std::string directory = ".", name = "plan";
     bool walls_outside = false;
+    std::string family;
+    int count = 1;
+    bool lists_families = false;
+    bool given_rotation = false;
 };
+
+// What only one of the two kinds of plans knows.
+constexpr const char* kNotOfFamilies[] = {"--size", "--margin", "--furniture",     "--noise",
+                                          "--fans", "--glass",  "--walls-outside", "--name"};
 
 void addOptions(CLI::App& app, Arguments& arguments) {
     vorund::test::PlanOptions& options = arguments.options;
@@ -65,6 +75,15 @@ void addOptions(CLI::App& app, Arguments& arguments) {
         ->capture_default_str();
     app.add_option("--name", arguments.name, "Files are called NAME.pgm, NAME.yaml, ...")
         ->capture_default_str();
+    CLI::Option* family = app.add_option(
+        "--family", arguments.family,
+        "Plans of a family instead, or of all of them (\"all\"), as FAMILY_SEED.png and the rest");
+    app.add_option("--count", arguments.count, "So many plans of the family, from --seed on")
+        ->capture_default_str()
+        ->check(CLI::Range(1, 100000))
+        ->needs(family);
+    for (const char* option : kNotOfFamilies) family->excludes(app.get_option(option));
+    app.add_flag("--list-families", arguments.lists_families, "Name the families and end");
 }
 
 vorund::test::PlanOptions optionsOf(const Arguments& arguments) {
@@ -82,6 +101,37 @@ vorund::test::PlanOptions optionsOf(const Arguments& arguments) {
     return options;
 }
 
+void listFamilies() {
+    for (const vorund::test::FamilyInfo& family : vorund::test::planFamilies()) {
+        std::cout << family.name << ": " << family.sentence << "\n";
+    }
+}
+
+void writeFamily(const std::string& family, const Arguments& arguments) {
+    vorund::test::FamilyOptions options;
+    options.resolution_um = scaled("--resolution", arguments.resolution, 6);
+    if (arguments.given_rotation) {
+        options.rotation_tenths_deg = scaled("--rotation", arguments.rotation, 1);
+    }
+    for (int i = 0; i < arguments.count; ++i) {
+        const std::uint64_t seed = arguments.options.seed + static_cast<std::uint64_t>(i);
+        const auto plan = vorund::test::makeFamilyPlan(family, seed, options);
+        writeFamilyPlan(plan, arguments.directory, family + "_" + std::to_string(seed));
+    }
+}
+
+void write(const Arguments& arguments) {
+    if (arguments.family.empty()) {
+        const vorund::test::Plan plan = vorund::test::makePlan(optionsOf(arguments));
+        vorund::test::writePlan(plan, arguments.directory, arguments.name);
+        return;
+    }
+    if (arguments.family != "all") return writeFamily(arguments.family, arguments);
+    for (const vorund::test::FamilyInfo& family : vorund::test::planFamilies()) {
+        writeFamily(family.name, arguments);
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -90,8 +140,12 @@ int main(int argc, char** argv) {
     addOptions(app, arguments);
     try {
         app.parse(argc, argv);
-        const vorund::test::Plan plan = vorund::test::makePlan(optionsOf(arguments));
-        vorund::test::writePlan(plan, arguments.directory, arguments.name);
+        arguments.given_rotation = app.count("--rotation") > 0;
+        if (arguments.lists_families) {
+            listFamilies();
+        } else {
+            write(arguments);
+        }
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : kWrongUsage;
     } catch (const std::invalid_argument& error) {
