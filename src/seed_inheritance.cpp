@@ -9,12 +9,12 @@
 
 namespace vorund::internal {
 ValueTable valuesUnderFirstPixels(const cv::Mat& coarser, const cv::Mat& finer) {
-    ValueTable under{};
+    ValueTable under(256, 0);
     for (int row = 0; row < coarser.rows; ++row) {
         const std::uint8_t* const above = coarser.ptr<std::uint8_t>(row);
         const std::uint8_t* const below = finer.ptr<std::uint8_t>(row);
         for (int col = 0; col < coarser.cols; ++col) {
-            int& value = under[above[col]];
+            int& value = under[static_cast<std::size_t>(above[col])];
             if (value == 0) value = below[col];
         }
     }
@@ -34,11 +34,12 @@ std::map<int, std::vector<int>> findParents(const std::vector<int>& coarser_labe
 
 LabelMap globalLabels(const std::vector<int>& labels,
                       const std::map<int, std::vector<int>>& parents,
-                      const LabelMap& global_of_parent, int& counter) {
+                      const LabelMap& global_of_parent, int& counter, bool any_number) {
     LabelMap global;
     for (const int label : labels) {
         const auto found = parents.find(label);
         if (found == parents.end()) {
+            if (any_number && counter + 1 == kAmbiguous) ++counter;
             global[label] = ++counter;
         } else if (found->second.size() > 1) {
             global[label] = kAmbiguous;

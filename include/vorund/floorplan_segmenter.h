@@ -116,6 +116,13 @@ class VORUND_EXPORT FloorplanSegmenter {
     std::pair<cv::Mat, int> overSegment(const cv::Mat& ridge_image, const LabelsListResult& labels,
                                         const Config::OverSegmentConfig& config);
 
+    /// The seeds that `doSegment` floods a denoised map from, for any number of regions.
+    /// @param denoised  `CV_32FC1` as from `generateDenoisedAlone`.
+    /// @param observer  Hears of the scales.
+    /// @return `CV_32SC1`: 0 = floor without a seed, 255 = wall, other values = seeds.
+    /// @throws std::runtime_error  as `overSegment`. @throws Cancelled  as `doSegment`.
+    cv::Mat findSeedMarkers(const cv::Mat& denoised, const StageObserver& observer = {});
+
  private:
     /// What becomes of labels above 254.
     enum class Overflow { kSaturate, kFail };

@@ -9,6 +9,7 @@
 #include "scale_space/seed_scales.h"
 #include "seed_selection.h"
 #include "vorund/floorplan_segmenter.h"
+#include "vorund/image_utils.h"
 #include "vorund/over_segment_processor.h"
 #include "vorund/watershed_segmenter.h"
 
@@ -125,6 +126,19 @@ std::pair<cv::Mat, int> FloorplanSegmenter::growFromSeeds(const cv::Mat& ridge_i
         internal::chooseSeeds(lifespans, mappers, config_.over_segment.generate_map_initial_seeds);
     cv::Mat markers = seeds.superpose(chosen);
     return flood(ridge_image, markers, config_.over_segment);
+}
+
+cv::Mat FloorplanSegmenter::findSeedMarkers(const cv::Mat& denoised,
+                                            const StageObserver& observer) {
+    const cv::Mat dilated = ImageUtils::dilateBinary(denoised, config_.dilate_binary.kernel_size,
+                                                     config_.dilate_binary.iterations);
+    internal::observe(observer, kStageScales, 0, internal::mostScales(config_.compute_labels_list));
+    const internal::SeedScales seeds = findSeeds(dilated, denoised, observer, Overflow::kSaturate);
+    internal::require(!seeds.scales().empty(), kNoScale);
+    const auto mappers = seeds.findConsistentGlobalLabels(true);
+    const auto lifespans = OverSegmentProcessor::findLifespans(mappers, debugger_);
+    return seeds.superpose(
+        internal::chooseSeeds(lifespans, mappers, config_.over_segment.generate_map_initial_seeds));
 }
 
 }  // namespace vorund

@@ -86,13 +86,13 @@ int SeedScales::countValues(const SeedScale& scale) const {
            (cv::countNonZero(background_) > 0 ? 1 : 0);
 }
 
-std::vector<LabelMap> SeedScales::findConsistentGlobalLabels() const {
+std::vector<LabelMap> SeedScales::findConsistentGlobalLabels(bool any_number) const {
     require(scales_.size() > 1, "findConsistentGlobalLabels: labels_map_list_in.size() == 1");
     require(countValues(scales_.back()) <= 2,
             "findConsistentGlobalLabels: last_frame_labels.size() > 2");
     std::vector<LabelMap> mappers(scales_.size());
     std::vector<int> coarser_labels;
-    ValueTable under{};
+    ValueTable under;
     int counter = 0;
     for (std::size_t i = scales_.size() - 1; i-- > 0;) {
         const SeedScale& scale = scales_[i];
@@ -102,10 +102,10 @@ std::vector<LabelMap> SeedScales::findConsistentGlobalLabels() const {
         // The largest value stands for the background, and goes even where it is a seed.
         if (!labels.empty() && !hasRest(scale)) labels.pop_back();
 
-        mappers[i] =
-            globalLabels(labels, findParents(coarser_labels, under), mappers[i + 1], counter);
+        mappers[i] = globalLabels(labels, findParents(coarser_labels, under), mappers[i + 1],
+                                  counter, any_number);
         if (i == 0) break;
-        under.fill(0);
+        under.assign(static_cast<std::size_t>(scale.components.count) + 1, 0);
         for (const auto& [label, pixel] : first_pixels) {
             const int finer = scales_[i - 1].labelAt(pixel.y, pixel.x);
             under[static_cast<std::size_t>(label)] =
@@ -123,7 +123,8 @@ cv::Mat SeedScales::superpose(const std::map<int, ChosenSeed>& seeds) const {
     std::map<std::size_t, ValueTable> global_of_label;
     for (const auto& [global, seed] : seeds) {
         if (global == kBackground) continue;
-        const auto table = global_of_label.emplace(seed.scale, ValueTable{}).first;
+        const auto labels = static_cast<std::size_t>(scales_[seed.scale].components.count) + 1;
+        const auto table = global_of_label.emplace(seed.scale, ValueTable(labels, 0)).first;
         table->second[static_cast<std::size_t>(seed.local)] = global;
     }
     for (const auto& [index, table] : global_of_label) {

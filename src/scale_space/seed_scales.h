@@ -38,7 +38,8 @@ class SeedScales {
     const std::vector<SeedScale>& scales() const { return scales_; }
 
     /// `OverSegmentProcessor::findConsistentGlobalLabels`, with its errors and what it prints.
-    std::vector<LabelMap> findConsistentGlobalLabels() const;
+    /// @param any_number  See `globalLabels`: else more than 254 regions are confused.
+    std::vector<LabelMap> findConsistentGlobalLabels(bool any_number = false) const;
 
     /// The `CV_32SC1` markers that seeds and background make, as
     /// `OverSegmentProcessor::superposeMapInitialSeeds`.
