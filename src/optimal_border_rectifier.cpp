@@ -1,125 +1,36 @@
-#include <array>
 #include <cmath>
 #include <cstdint>
-#include <limits>
+#include <optional>
 #include <utility>
 
 #include "internal/pixel_sums.h"
 #include "internal/plain_output.h"
-#include "internal/rectification.h"
 #include "internal/rectification_report.h"
 #include "internal/require.h"
 #include "internal/runs.h"
 #include "internal/short_number.h"
+#include "internal/straight_cut.h"
 #include "internal/text.h"
 #include "vorund/graph_processor.h"
 
 namespace vorund::GraphProcessor {
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
+using internal::directionOf;
+using internal::kAlignedWeight;
+using internal::kFewestPixels;
+using internal::rounded;
+using internal::roundsInto;
+using Floor = internal::Floor<std::uint8_t>;
+
 constexpr std::uint8_t kLargestByte = 255;
-constexpr int kMostSteps = 200;
-constexpr int kAngleStep = 10;  // [degrees]
-constexpr int kAngles = 180 / kAngleStep;
-constexpr int kFewestPixels = 3;           // Of a border that is cut.
-constexpr float kShortestCut = 5.0F;       // [pixels]
-constexpr float kAlignedWeight = 1.5F;     // Horizontal and vertical cuts count as shorter.
 constexpr float kAngleTolerance = 0.001F;  // [degrees]
-
-/// In double precision: the single-precision functions differ between machines.
-cv::Point2f directionOf(float angle) {
-    const double radians = static_cast<double>(angle) * kPi / 180.0;
-    return {static_cast<float>(std::cos(radians)), static_cast<float>(std::sin(radians))};
-}
-
-/// The directions in which each border is cut, by ascending angle.
-const std::array<cv::Point2f, kAngles>& directions() {
-    static const std::array<cv::Point2f, kAngles> all = [] {
-        std::array<cv::Point2f, kAngles> made;
-        for (int i = 0; i < kAngles; ++i) {
-            made[static_cast<std::size_t>(i)] = directionOf(static_cast<float>(i * kAngleStep));
-        }
-        return made;
-    }();
-    return all;
-}
-
-/// Halves are rounded away from zero: -0.5 is outside, and so is what is no number.
-bool roundsInto(float coordinate, int size) {
-    return coordinate > -0.5F && coordinate < static_cast<float>(size) - 0.5F;
-}
-
-/// Of a coordinate that rounds into an image; what is left over from whole pixels is exact.
-int rounded(float coordinate) {
-    const int whole = static_cast<int>(coordinate);
-    return coordinate - static_cast<float>(whole) >= 0.5F ? whole + 1 : whole;
-}
-
-/// Where a walk across the two rooms of a border may go.
-class Floor {
- public:
-    Floor(const cv::Mat& segments, int line, const Edge& rooms)
-        : segments_(segments), line_(line), rooms_(rooms) {}
-
-    cv::Point2f walk(const cv::Point2f& start, const cv::Point2f& direction) const {
-        const double length = cv::norm(direction);
-        if (length < 1e-6) return start;
-        const cv::Point2f step(static_cast<float>(static_cast<double>(direction.x) / length),
-                               static_cast<float>(static_cast<double>(direction.y) / length));
-        cv::Point2f reached = start;
-        for (int i = 0; i < kMostSteps; ++i) {
-            const cv::Point2f next = reached + step;
-            if (!holds(next) || !isFloor(labelAt(next))) break;
-            reached = next;
-        }
-        return reached;
-    }
-
-    bool isEnd(const cv::Point2f& point) const {
-        if (!holds(point)) return false;
-        const int label = labelAt(point);
-        return label == 0 || isFloor(label);
-    }
-
- private:
-    bool holds(const cv::Point2f& point) const {
-        return roundsInto(point.x, segments_.cols) && roundsInto(point.y, segments_.rows);
-    }
-
-    int labelAt(const cv::Point2f& point) const {
-        return segments_.ptr<std::uint8_t>(rounded(point.y))[rounded(point.x)];
-    }
-
-    bool isFloor(int label) const {
-        return label == line_ || label == rooms_.first || label == rooms_.second;
-    }
-
-    const cv::Mat& segments_;
-    int line_;
-    Edge rooms_;
-};
 
 /// The mean of a border's pixels; a negative x if there are none.
 cv::Point2f centerOf(const internal::PixelSums& sum) {
     if (sum.count == 0) return {-1.0F, -1.0F};
     const cv::Point2d mean = sum.mean();
     return {static_cast<float>(mean.x), static_cast<float>(mean.y)};
-}
-
-/// @param picture  Drawn unless null.
-std::map<int, OptimalLine> rectify(const cv::Mat& borders_map, const BorderIds& border_ids,
-                                   const cv::Mat& segments, cv::Mat* picture) {
-    internal::printPlain("开始优化边界重整处理...\n");
-    OptimalBorderRectifier rectifier(segments, borders_map, border_ids);
-    std::map<int, OptimalLine> lines = rectifier.processOptimalRectification();
-    if (picture != nullptr) *picture = rectifier.visualizeOptimalResults(lines);
-
-    internal::TextStream out;
-    internal::printStatistics(out, lines);
-    out << "优化边界重整处理完成！\n";
-    internal::printPlain(out.str());
-    return lines;
 }
 
 }  // namespace
@@ -264,24 +175,13 @@ bool OptimalBorderRectifier::findOptimalLine(int /*id*/, const Edge& rooms, Opti
         << internal::ShortNumber{center.y} << ")\n  搜索最优角度...\n";
 
     const Floor floor(segments_, findBorderLabelInSegments(), rooms);
-    best.score = std::numeric_limits<float>::max();
-    std::vector<OptimalLine> tried;
-    for (int i = 0; i < kAngles; ++i) {
-        const cv::Point2f direction = directions()[static_cast<std::size_t>(i)];
-        const cv::Point2f start = floor.walk(center, direction);
-        const cv::Point2f end = floor.walk(center, -direction);
-        const auto length = static_cast<float>(cv::norm(start - end));
-        if (length < kShortestCut || !floor.isEnd(start) || !floor.isEnd(end)) continue;
-        const auto angle = static_cast<float>(i * kAngleStep);
-        const float weight = getDirectionWeight(angle);
-        tried.push_back({center, start, end, angle, length, weight, length / weight});
-        // Strictly: among equal scores the smallest angle wins.
-        if (tried.back().score < best.score) best = tried.back();
-    }
-    if (tried.empty()) {
+    const std::vector<OptimalLine> tried = internal::straightCuts(floor, center);
+    const std::optional<OptimalLine> shortest = internal::bestOf(tried);
+    if (!shortest) {
         out << "  ✗ 未找到有效的重整方案\n";
         return false;
     }
+    best = *shortest;
     internal::printCuts(out, best, tried);
     return true;
 }
@@ -289,14 +189,16 @@ bool OptimalBorderRectifier::findOptimalLine(int /*id*/, const Edge& rooms, Opti
 std::pair<cv::Mat, std::map<int, OptimalLine>> processOptimalBorderRectification(
     const cv::Mat& borders_map, const BorderIds& border_ids, const cv::Mat& segments,
     const std::string& /*name*/) {
-    cv::Mat picture;
-    std::map<int, OptimalLine> lines = rectify(borders_map, border_ids, segments, &picture);
+    internal::printPlain("开始优化边界重整处理...\n");
+    OptimalBorderRectifier rectifier(segments, borders_map, border_ids);
+    std::map<int, OptimalLine> lines = rectifier.processOptimalRectification();
+    const cv::Mat picture = rectifier.visualizeOptimalResults(lines);
+
+    internal::TextStream out;
+    internal::printStatistics(out, lines);
+    out << "优化边界重整处理完成！\n";
+    internal::printPlain(out.str());
     return {picture, std::move(lines)};
 }
 
 }  // namespace vorund::GraphProcessor
-
-std::map<int, vorund::GraphProcessor::OptimalLine> vorund::internal::rectifyBorders(
-    const cv::Mat& borders_map, const BorderIds& border_ids, const cv::Mat& segments) {
-    return GraphProcessor::rectify(borders_map, border_ids, segments, nullptr);
-}

@@ -5,6 +5,7 @@
 #include <opencv2/imgproc.hpp>
 #include <stdexcept>
 
+#include "internal/border_pixels.h"
 #include "internal/require.h"
 #include "internal/runs.h"
 #include "vorund/graph_processor.h"
@@ -18,60 +19,7 @@ using internal::require;
 constexpr std::array<std::array<int, 2>, 8> kNeighbourSteps{
     {{-1, 0}, {0, -1}, {0, 1}, {1, 0}, {-1, -1}, {-1, 1}, {1, -1}, {1, 1}}};
 
-/// The rows around one row of an 8-bit image. Past an edge the edge itself is taken once more:
-/// that adds no value that is not there already.
-struct Rows {
-    const std::uint8_t* above;
-    const std::uint8_t* here;
-    const std::uint8_t* below;
-    int cols;
-
-    Rows(const cv::Mat& map, int row)
-        : above(map.ptr<std::uint8_t>(std::max(row - 1, 0))),
-          here(map.ptr<std::uint8_t>(row)),
-          below(map.ptr<std::uint8_t>(std::min(row + 1, map.rows - 1))),
-          cols(map.cols) {}
-
-    /// Calls `visit` with the values around a pixel, the pixel's own among them.
-    template <class Visit>
-    void forEachAround(int col, const Visit& visit) const {
-        const int left = std::max(col - 1, 0);
-        const int right = std::min(col + 1, cols - 1);
-        for (const std::uint8_t* row : {above, here, below}) {
-            visit(row[left]);
-            visit(row[col]);
-            visit(row[right]);
-        }
-    }
-};
-
-/// The rooms around a line's pixel, as far as a border is concerned.
-struct RoomsBeside {
-    int first = 0;  ///< 0 = none.
-    int second = 0;
-    bool more = false;
-
-    void add(int room) {
-        if (room == first || room == second) return;
-        if (first == 0) {
-            first = room;
-        } else if (second == 0) {
-            second = room;
-        } else {
-            more = true;
-        }
-    }
-    bool areTwo() const { return second != 0 && !more; }
-};
-
-RoomsBeside roomsBeside(const Rows& rows, int col) {
-    const int centre = rows.here[col];
-    RoomsBeside rooms;
-    rows.forEachAround(col, [&](int value) {
-        if (value != 0 && value != centre) rooms.add(value);
-    });
-    return rooms;
-}
+using Rows = internal::RowsAround<std::uint8_t>;
 
 bool touches(const Rows& rows, int col, int room) {
     bool found = false;
@@ -88,25 +36,6 @@ void forEachPixel(const cv::Mat& map, int value, const Visit& visit) {
                               static_cast<std::uint8_t>(value), [&](int col) { visit(row, col); });
     }
 }
-
-/// Numbers pairs of rooms as they come.
-class BorderNumbers {
- public:
-    explicit BorderNumbers(BorderIds& ids) : ids_(ids) {}
-
-    int of(const RoomsBeside& rooms) {
-        const Edge edge(rooms.first, rooms.second);
-        // The next pixel of a border mostly follows at once.
-        if (last_ == ids_.end() || !(last_->first == edge)) {
-            last_ = ids_.emplace(edge, static_cast<int>(ids_.size()) + 1).first;
-        }
-        return last_->second;
-    }
-
- private:
-    BorderIds& ids_;
-    BorderIds::iterator last_ = ids_.end();
-};
 
 int countNonZeroBeside(const cv::Mat& map, int row, int col) {
     const auto isSet = [&](int r, int c) {
@@ -204,9 +133,9 @@ CommonBordersResult extractCommonBorders(const cv::Mat& map, int border_value) {
     requireByteMap(map, "extractCommonBorders: Input map is empty.",
                    "extractCommonBorders: Input map must be of type CV_8UC1.");
     CommonBordersResult result{cv::Mat::zeros(map.size(), CV_8UC1), {}};
-    BorderNumbers numbers(result.border_ids);
+    internal::BorderNumbers numbers(result.border_ids);
     forEachPixel(map, border_value, [&](int row, int col) {
-        const RoomsBeside rooms = roomsBeside(Rows(map, row), col);
+        const internal::RoomsBeside rooms = internal::roomsBeside(Rows(map, row), col);
         if (!rooms.areTwo()) return;  // A wall with one room beside it, or a junction.
         result.borders_map.ptr<std::uint8_t>(row)[col] =
             static_cast<std::uint8_t>(numbers.of(rooms));

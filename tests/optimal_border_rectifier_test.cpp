@@ -11,7 +11,6 @@
 #include <utility>
 #include <vector>
 
-#include "internal/rectification.h"
 #include "reference/border_rectifier.h"
 #include "reference/graph_processor.h"
 #include "support/captures.h"
@@ -821,22 +820,6 @@ TEST(OptimalBorderRectifierAgreement, HoldsOnRoomsAndLines) {
     }
     EXPECT_GT(found_lines, 200U) << "the images are too simple to show anything";
     EXPECT_GT(angles.size(), 9U) << "the images are too simple to show anything";
-}
-
-TEST(RectifyBorders, TellsAndFindsTheSameWithoutThePicture) {
-    RandomImages random(55);
-    for (int i = 0; i < 30; ++i) {
-        const cv::Mat segments = roomImage(random, random.size(90), 1 + random.below(12));
-        const auto found = GraphProcessor::extractCommonBorders(segments, 255);
-        const PlainCapture printed;
-        const Lines lines = internal::rectifyBorders(found.borders_map, found.border_ids, segments);
-        EXPECT_EQ(printed.text(),
-                  reference::rectificationReport(segments, found.borders_map, found.border_ids));
-        const Lines expected =
-            reference::optimalLines(segments, found.borders_map, found.border_ids);
-        ASSERT_EQ(lines.size(), expected.size());
-        for (const auto& [id, line] : expected) EXPECT_TRUE(sameLine(lines.at(id), line)) << id;
-    }
 }
 
 TEST(OptimalBorderRectifier, KeepsEachCutInsideItsTwoRooms) {

@@ -1,22 +1,24 @@
 #include "flow/cuts.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <opencv2/imgproc.hpp>
-#include <tuple>
 #include <vector>
 
-#include "internal/rectification.h"
+#include "flow/separators.h"
+#include "internal/pixel_sums.h"
+#include "internal/runs.h"
+#include "internal/straight_cut.h"
 
 namespace vorund::rooms {
 namespace {
 
-cv::Mat toBytes(const cv::Mat& image) {
-    cv::Mat bytes;
-    image.convertTo(bytes, CV_8U);
-    return bytes;
-}
+using GraphProcessor::OptimalLine;
+
+/// Cuts of a border end on its rooms; a walk leaves their windows by less than this. [pixels]
+constexpr int kWindowMargin = 4;
 
 /// The pixels of a straight line, each a step up, down, left or right from the last, so that they
 /// part the floor even for 8-connected ways around.
@@ -105,28 +107,78 @@ class CutPair {
     int count_ = 0;
 };
 
+struct BorderSums {
+    std::vector<internal::PixelSums> of;
+    internal::PixelSums& operator[](std::int32_t id) { return of[static_cast<std::size_t>(id)]; }
+};
+
+/// By id.
+BorderSums sumBorders(const RoomGraph& rooms) {
+    int largest = 0;
+    for (const auto& border : rooms.border_ids) largest = std::max(largest, border.second);
+    BorderSums sums{std::vector<internal::PixelSums>(static_cast<std::size_t>(largest) + 1)};
+    internal::addLabels<std::int32_t>(rooms.borders, sums);
+    return sums;
+}
+
+/// The smallest rectangle around each room, by label.
+std::vector<cv::Rect> boxesOf(const cv::Mat& labels) {
+    double largest = 0.0;
+    cv::minMaxLoc(labels, nullptr, &largest);
+    std::vector<cv::Rect> boxes(static_cast<std::size_t>(largest) + 1);
+    for (int row = 0; row < labels.rows; ++row) {
+        internal::forEachRun(labels.ptr<std::int32_t>(row), labels.cols,
+                             [&](int begin, int end, std::int32_t label) {
+                                 boxes[static_cast<std::size_t>(label)] |=
+                                     cv::Rect(begin, row, end - begin, 1);
+                             });
+    }
+    return boxes;
+}
+
+cv::Rect boxIn(const cv::Mat& labels, int label) {
+    const cv::Mat room = labels == label;
+    return cv::boundingRect(room);
+}
+
+OptimalLine shifted(OptimalLine line, const cv::Point& by) {
+    // Whole numbers below 2^24: nothing is rounded.
+    const cv::Point2f shift(by);
+    line.start += shift;
+    line.end += shift;
+    return line;
+}
+
 }  // namespace
 
-Cuts findCuts(const RoomGraph& rooms, cv::Mat* picture) {
-    const cv::Mat borders = toBytes(rooms.borders);
-    const cv::Mat labels = toBytes(rooms.labels);
-    std::map<int, GraphProcessor::OptimalLine> lines;
-    if (picture == nullptr) {
-        lines = internal::rectifyBorders(borders, rooms.border_ids, labels);
-    } else {
-        std::tie(*picture, lines) = GraphProcessor::processOptimalBorderRectification(
-            borders, rooms.border_ids, labels, "cuts");
-    }
+Cuts findCuts(const RoomGraph& rooms) {
+    BorderSums sums = sumBorders(rooms);
     Cuts cuts;
     for (const auto& [edge, id] : rooms.border_ids) {
-        const auto line = lines.find(id);
-        if (line != lines.end()) cuts.emplace(edge, line->second);
+        if (sums[id].count < internal::kFewestPixels) continue;
+        const internal::Floor<std::int32_t> floor(rooms.labels, kLine, edge);
+        const cv::Point2f center(sums[id].mean());
+        const auto best = internal::bestOf(internal::straightCuts(floor, center));
+        if (best) cuts.emplace(edge, *best);
     }
     return cuts;
 }
 
 void straightenBorders(cv::Mat& labels, const Cuts& cuts) {
-    for (const auto& [rooms, line] : cuts) CutPair(labels, rooms, line).apply();
+    std::vector<cv::Rect> boxes = boxesOf(labels);
+    const cv::Rect whole({0, 0}, labels.size());
+    const cv::Point margin(kWindowMargin, kWindowMargin);
+    for (const auto& [rooms, line] : cuts) {
+        cv::Rect& first = boxes[static_cast<std::size_t>(rooms.first)];
+        cv::Rect& second = boxes[static_cast<std::size_t>(rooms.second)];
+        const cv::Rect both = first | second;
+        const cv::Rect window = cv::Rect(both.tl() - margin, both.br() + margin) & whole;
+        cv::Mat part = labels(window);
+        CutPair(part, rooms, shifted(line, -window.tl())).apply();
+        // Anew, and not both around both: from room to room that would become the whole map.
+        first = boxIn(part, rooms.first) + window.tl();
+        second = boxIn(part, rooms.second) + window.tl();
+    }
 }
 
 }  // namespace vorund::rooms

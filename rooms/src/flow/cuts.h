@@ -10,10 +10,10 @@ namespace vorund::rooms {
 
 using Cuts = std::map<Edge, GraphProcessor::OptimalLine>;
 
-/// The straight cut of every border that has one.
-/// @param picture  For the core's picture of them, which takes longer to draw than they to find;
-///                 null = not wanted.
-Cuts findCuts(const RoomGraph& rooms, cv::Mat* picture);
+/// The straight cut of every border that has one, as `processOptimalBorderRectification` finds
+/// them, for any number of rooms and borders and without what it prints and draws.
+/// @param rooms  With images of the map.
+Cuts findCuts(const RoomGraph& rooms);
 
 /// Redraws the borders between rooms along their cuts: where a cut divides what the two rooms
 /// cover together so that each keeps most of itself on a side of its own, the sides become the

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <map>
 #include <set>
 
 #include "flow/separators.h"
+#include "internal/runs.h"
 
 namespace vorund::rooms {
 namespace {
@@ -33,23 +35,37 @@ double areaOf(const Graph& graph, const std::set<int>& labels) {
     return area;
 }
 
-bool touchesAny(const cv::Mat& labels, int row, int col, const std::set<int>& rooms) {
-    for (int r = std::max(row - 1, 0); r <= std::min(row + 1, labels.rows - 1); ++r) {
-        for (int c = std::max(col - 1, 0); c <= std::min(col + 1, labels.cols - 1); ++c) {
-            if (rooms.count(labels.at<std::int32_t>(r, c)) > 0) return true;
+/// Erases what was a line beside a run of pixels.
+void eraseLinesBeside(Regions& regions, int row, int begin, int end) {
+    const int left = std::max(begin - 1, 0);
+    const int right = std::min(end + 1, regions.labels.cols);
+    const int bottom = std::min(row + 1, regions.labels.rows - 1);
+    for (int r = std::max(row - 1, 0); r <= bottom; ++r) {
+        std::int32_t* const label = regions.labels.ptr<std::int32_t>(r);
+        std::int32_t* const border = regions.borders.ptr<std::int32_t>(r);
+        for (int col = left; col < right; ++col) {
+            if (label[col] != kLine) continue;
+            label[col] = 0;
+            border[col] = 0;
         }
     }
-    return false;
 }
 
-/// First pixels in raster order of the given labels.
-std::map<int, cv::Point> firstPixels(const cv::Mat& labels, const std::set<int>& rooms) {
+/// Erases rooms and the lines that touch them from the images.
+/// @return The first pixels of the rooms in raster order.
+std::map<int, cv::Point> erasePixels(Regions& regions, const std::set<int>& removed) {
     std::map<int, cv::Point> first;
-    for (int row = 0; row < labels.rows && first.size() < rooms.size(); ++row) {
-        for (int col = 0; col < labels.cols; ++col) {
-            const int label = labels.at<std::int32_t>(row, col);
-            if (rooms.count(label) > 0) first.emplace(label, cv::Point(col, row));
-        }
+    std::vector<bool> is_removed(static_cast<std::size_t>(regions.label_count));
+    for (const int label : removed) is_removed[static_cast<std::size_t>(label)] = true;
+    for (int row = 0; row < regions.labels.rows; ++row) {
+        std::int32_t* const labels = regions.labels.ptr<std::int32_t>(row);
+        internal::forEachRun(labels, regions.labels.cols,
+                             [&](int begin, int end, std::int32_t label) {
+                                 if (!is_removed[static_cast<std::size_t>(label)]) return;
+                                 first.emplace(label, cv::Point(begin, row));
+                                 eraseLinesBeside(regions, row, begin, end);
+                                 std::fill(labels + begin, labels + end, 0);
+                             });
     }
     return first;
 }
@@ -63,54 +79,46 @@ cv::Point firstOf(const std::set<int>& part, const std::map<int, cv::Point>& fir
     return first;
 }
 
-/// Erases rooms and the lines that touch them from the label image, and what lies on those lines
-/// from the border image.
-void erasePixels(RoomGraph& rooms, const std::set<int>& removed) {
-    const cv::Mat before = rooms.labels.clone();
-    for (int row = 0; row < before.rows; ++row) {
-        for (int col = 0; col < before.cols; ++col) {
-            const int label = before.at<std::int32_t>(row, col);
-            const bool gone = removed.count(label) > 0 ||
-                              (label == kLine && touchesAny(before, row, col, removed));
-            if (!gone) continue;
-            rooms.labels.at<std::int32_t>(row, col) = 0;
-            rooms.borders.at<std::int32_t>(row, col) = 0;
-        }
+/// Erases rooms from graph and ids, and says so in the table.
+void eraseFromTable(RoomGraph& table, const std::set<int>& removed) {
+    for (const int label : removed) {
+        table.labels.ptr<std::int32_t>(0)[label] = 0;
+        table.graph.removeNode(label);
+    }
+    for (auto entry = table.border_ids.begin(); entry != table.border_ids.end();) {
+        entry = removed.count(entry->first.first) > 0 ? table.border_ids.erase(entry)
+                                                      : std::next(entry);
     }
 }
 
 }  // namespace
 
-std::vector<RemovedIsland> removeIslands(RoomGraph& rooms, double area_threshold) {
+std::vector<RemovedIsland> removeIslands(Regions& regions, double area_threshold) {
+    const Graph& graph = regions.table.graph;
     std::set<int> unvisited;
-    for (const auto& [label, data] : rooms.graph.nodes()) unvisited.insert(label);
+    for (const auto& [label, data] : graph.nodes()) unvisited.insert(label);
     // Merging adds the areas in another order, which may round the total up, or a part down.
-    const double of_map = areaOf(rooms.graph, unvisited) * kSmallPartOfMap + kMargin;
+    const double of_map = areaOf(graph, unvisited) * kSmallPartOfMap + kMargin;
 
     std::vector<std::set<int>> islands;
     std::set<int> removed;
     while (!unvisited.empty()) {
-        const std::set<int> part = partOf(rooms.graph, *unvisited.begin());
+        const std::set<int> part = partOf(graph, *unvisited.begin());
         for (const int label : part) unvisited.erase(label);
         const double limit =
             std::max(of_map, part.size() > 1 ? area_threshold + kMargin : area_threshold);
-        if (!(areaOf(rooms.graph, part) < limit)) continue;
+        if (!(areaOf(graph, part) < limit)) continue;
         islands.push_back(part);
         removed.insert(part.begin(), part.end());
     }
     if (islands.empty()) return {};
 
-    const std::map<int, cv::Point> first_pixels = firstPixels(rooms.labels, removed);
+    const std::map<int, cv::Point> first_pixels = erasePixels(regions, removed);
     std::vector<RemovedIsland> result;
     for (const std::set<int>& part : islands) {
-        result.push_back({areaOf(rooms.graph, part), firstOf(part, first_pixels)});
+        result.push_back({areaOf(graph, part), firstOf(part, first_pixels)});
     }
-    erasePixels(rooms, removed);
-    for (const int label : removed) rooms.graph.removeNode(label);
-    for (auto entry = rooms.border_ids.begin(); entry != rooms.border_ids.end();) {
-        entry = removed.count(entry->first.first) > 0 ? rooms.border_ids.erase(entry)
-                                                      : std::next(entry);
-    }
+    eraseFromTable(regions.table, removed);
     return result;
 }
 

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "vorund/rooms/find_rooms.h"
+#include "flow/regions.h"
 
 namespace vorund::rooms {
 
@@ -16,6 +16,6 @@ struct RemovedIsland {
 /// rooms, or than `area_threshold` [m^2]: rooms, lines around them, border pixels, ids and nodes.
 /// The merge passes then never meet an isolated small room, which they could not erase from a
 /// 32-bit label image.
-std::vector<RemovedIsland> removeIslands(RoomGraph& rooms, double area_threshold);
+std::vector<RemovedIsland> removeIslands(Regions& regions, double area_threshold);
 
 }  // namespace vorund::rooms

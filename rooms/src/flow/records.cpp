@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <map>
+#include <vector>
 
+#include "flow/separators.h"
 #include "flow/space.h"
 #include "internal/runs.h"
 #include "vorund/graph_processor.h"
@@ -11,31 +14,72 @@
 namespace vorund::rooms {
 namespace {
 
-/// New numbers from 1, in reading order of the first pixels.
-std::map<int, int> numberRooms(const cv::Mat& labels) {
-    std::map<int, int> numbers;
-    for (int row = 0; row < labels.rows; ++row) {
-        internal::forEachRun(labels.ptr<std::int32_t>(row), labels.cols,
-                             [&](int, int, std::int32_t label) {
-                                 if (label != 0)
-                                     numbers.emplace(label, static_cast<int>(numbers.size()) + 1);
-                             });
+/// The rooms of a label image, numbered from 1 in reading order of their first pixels.
+class Numbering {
+ public:
+    /// Writes the numbers into the image.
+    explicit Numbering(cv::Mat& labels) : measures_(1) {
+        for (int row = 0; row < labels.rows; ++row) {
+            std::int32_t* const pixels = labels.ptr<std::int32_t>(row);
+            internal::forEachRun(pixels, labels.cols, [&](int begin, int end, std::int32_t label) {
+                if (label == 0) return;
+                const std::int32_t number = numberOf(label);
+                measures_[static_cast<std::size_t>(number)].add(row, begin, end);
+                if (number == label) return;
+                std::fill(pixels + begin, pixels + end, number);
+            });
+        }
     }
-    return numbers;
-}
 
-cv::Mat renumbered(const cv::Mat& labels, const std::map<int, int>& numbers) {
-    cv::Mat result(labels.size(), CV_32SC1);
-    for (int row = 0; row < labels.rows; ++row) {
-        std::int32_t* const to = result.ptr<std::int32_t>(row);
-        internal::forEachRun(labels.ptr<std::int32_t>(row), labels.cols,
-                             [&](int begin, int end, std::int32_t label) {
-                                 std::fill(to + begin, to + end,
-                                           label == 0 ? 0 : numbers.at(label));
-                             });
+    int count() const { return static_cast<int>(measures_.size()) - 1; }
+
+    /// 0 for a label that does not occur.
+    int ofLabel(int label) const {
+        const auto index = static_cast<std::size_t>(label);
+        return index < numbers_.size() ? numbers_[index] : 0;
     }
-    return result;
-}
+
+    std::int64_t pixels(int number) const { return measureOf(number).pixels; }
+
+    cv::Rect box(int number) const {
+        const Measure& measure = measureOf(number);
+        return {cv::Point(measure.left, measure.top), cv::Point(measure.right, measure.bottom)};
+    }
+
+ private:
+    struct Measure {
+        std::int64_t pixels = 0;
+        int left = std::numeric_limits<int>::max();
+        int right = 0;
+        int top = 0;
+        int bottom = 0;
+
+        void add(int row, int begin, int end) {
+            if (pixels == 0) top = row;
+            bottom = row + 1;
+            left = std::min(left, begin);
+            right = std::max(right, end);
+            pixels += end - begin;
+        }
+    };
+
+    std::int32_t numberOf(std::int32_t label) {
+        const auto index = static_cast<std::size_t>(label);
+        if (index >= numbers_.size()) numbers_.resize(index + 1, 0);
+        if (numbers_[index] == 0) {
+            numbers_[index] = count() + 1;
+            measures_.emplace_back();
+        }
+        return numbers_[index];
+    }
+
+    const Measure& measureOf(int number) const {
+        return measures_[static_cast<std::size_t>(number)];
+    }
+
+    std::vector<std::int32_t> numbers_;  ///< By label.
+    std::vector<Measure> measures_;      ///< By number.
+};
 
 /// Points of the map in both its coordinates.
 class Places {
@@ -55,23 +99,15 @@ class Places {
     double scale_;
 };
 
-void addRooms(const Places& places, Rooms& rooms) {
-    const std::map<int, cv::Point> widest = widestPixels(rooms.labels);
-    for (const auto& [label, pixel] : widest) {
-        rooms.rooms.push_back({label, 0, 0.0, places.atPixel(pixel), cv::Rect(pixel, pixel), {}});
-    }
-    for (int row = 0; row < rooms.labels.rows; ++row) {
-        internal::forEachRun(rooms.labels.ptr<std::int32_t>(row), rooms.labels.cols,
-                             [&](int begin, int end, std::int32_t label) {
-                                 if (label == 0) return;
-                                 Room& room = rooms.rooms[static_cast<std::size_t>(label - 1)];
-                                 room.pixel_count += end - begin;
-                                 room.box |= cv::Rect(begin, row, end - begin, 1);
-                             });
-    }
-    for (Room& room : rooms.rooms) {
-        room.area_m2 = static_cast<double>(room.pixel_count) * rooms.resolution * rooms.resolution;
-        rooms.graph.addNode(room.label, {room.area_m2, cv::Point(room.position.pixel)});
+void addRooms(const Numbering& numbering, const std::vector<cv::Point>& widest,
+              const Places& places, Rooms& rooms) {
+    for (int number = 1; number <= numbering.count(); ++number) {
+        const cv::Point& pixel = widest[static_cast<std::size_t>(number)];
+        const std::int64_t pixels = numbering.pixels(number);
+        const double area = static_cast<double>(pixels) * rooms.resolution * rooms.resolution;
+        rooms.rooms.push_back(
+            {number, pixels, area, places.atPixel(pixel), numbering.box(number), {}});
+        rooms.graph.addNode(number, {area, pixel});
     }
 }
 
@@ -84,13 +120,13 @@ Door doorOf(const GraphProcessor::OptimalLine& line, const Places& places) {
             length / weight * kWorkingResolution};
 }
 
-void addBorders(const FoundRooms& found, const std::map<int, int>& numbers, const Places& places,
+void addBorders(const FoundRooms& found, const Numbering& numbering, const Places& places,
                 Rooms& rooms) {
     std::map<Edge, Border> borders;
     for (const auto& [edge, data] : found.graph.edges()) {
         // A room of a coarser map may be too small to hold the centre of any of its pixels.
-        if (numbers.count(edge.first) == 0 || numbers.count(edge.second) == 0) continue;
-        const Edge renamed(numbers.at(edge.first), numbers.at(edge.second));
+        const Edge renamed(numbering.ofLabel(edge.first), numbering.ofLabel(edge.second));
+        if (renamed.first == 0) continue;
         Border border{renamed.first, renamed.second, data.length, std::nullopt};
         const auto cut = found.cuts.find(edge);
         if (cut != found.cuts.end()) border.door = doorOf(cut->second, places);
@@ -109,11 +145,13 @@ void addBorders(const FoundRooms& found, const std::map<int, int>& numbers, cons
 }  // namespace
 
 void fillRecords(const FoundRooms& found, Rooms& rooms) {
-    const std::map<int, int> numbers = numberRooms(found.labels);
-    rooms.labels = renumbered(found.labels, numbers);
+    rooms.labels = found.labels;
+    const Numbering numbering(rooms.labels);
+    rooms.lines = linesBetween(rooms.labels);
+    const std::vector<cv::Point> widest = widestPixels(rooms.labels, numbering.count() + 1);
     const Places places(rooms, found.scale);
-    addRooms(places, rooms);
-    addBorders(found, numbers, places, rooms);
+    addRooms(numbering, widest, places, rooms);
+    addBorders(found, numbering, places, rooms);
     for (const RemovedIsland& island : found.islands) {
         rooms.islands.push_back({island.area, places.atWorkingPixel(island.position)});
     }

@@ -4,7 +4,8 @@
 
 namespace vorund::rooms {
 
-/// Value of the lines between rooms, and of unreached floor, in the core's label images.
+/// Value of the lines between rooms, and of unreached floor, in label images before the rooms are
+/// numbered.
 inline constexpr int kLine = 255;
 
 /// The lines, one pixel wide, along which rooms touch: room pixels of which one of the four
@@ -13,9 +14,9 @@ inline constexpr int kLine = 255;
 /// @return `CV_8UC1`, 255 on the lines.
 cv::Mat linesBetween(const cv::Mat& labels);
 
-/// The label image with those lines drawn into it: `doSegment` leaves no gap between rooms, and
-/// borders are looked for on lines.
-/// @param labels  `CV_8UC1` from `doSegment`, 255 = unreached.
+/// The label image with those lines drawn into it: the segmentation leaves no gap between rooms,
+/// and borders are looked for on lines.
+/// @param labels  `CV_32SC1`, 0 = no room, 255 = unreached, other values = rooms.
 cv::Mat drawSeparators(const cv::Mat& labels);
 
 }  // namespace vorund::rooms
