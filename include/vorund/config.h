@@ -87,7 +87,7 @@ struct VORUND_EXPORT Config {
     /// Settings of `ImageUtils::dilateBinary` on the denoised map.
     struct DilateBinaryConfig {
         int kernel_size = 3;  ///< Side of the square element. [pixels]
-        int iterations = 1;
+        int iterations = 4;
     };
 
     /// Settings of `RidgeFilter::generateRidgeMapMeijering`.
@@ -98,7 +98,7 @@ struct VORUND_EXPORT Config {
 
     /// Settings of `WatershedSegmenter::generateGaussianSeedsSkimage`.
     struct GenerateGaussianSeedsSkimageConfig {
-        double threshold = 0.04;  ///< Blurred values up to it belong to a seed, 0 to 1.
+        double threshold = 0.01;  ///< Blurred values up to it belong to a seed, 0 to 1.
     };
 
     /// Settings of `WatershedSegmenter::createWatershedSegmentSkimage`.
@@ -126,7 +126,7 @@ struct VORUND_EXPORT Config {
         /// Scale of a label's life at which its seed is cut: "start", "end", "middle", "weighted".
         std::string method = "start";
         std::map<std::string, int> weights{{"end", 1}, {"start", 1}};  ///< For "weighted".
-        int filter_threshold = 1;  ///< Labels that live for fewer steps get no seed. [scales]
+        int filter_threshold = 0;  ///< Labels that live for fewer steps get no seed. [scales]
     };
 
     /// Settings of `FloorplanSegmenter::overSegment`.

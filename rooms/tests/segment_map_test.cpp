@@ -158,9 +158,18 @@ TEST_F(SegmentMap, RejectsAMapThatCannotBeWorkedOn) {
     EXPECT_THROW(segment(GridMap{}), std::invalid_argument);
 }
 
+TEST_F(SegmentMap, TakesANegativeZeroForFloor) {
+    GridMap map = mapOf(2.0, 1.0, {{0.0, 0.0, 2.0, 1.0}});
+    map.values.setTo(-0.0F);
+    EXPECT_THAT(segment(map), MatEq(cv::Mat(map.values.size(), CV_8UC1, cv::Scalar(1))));
+}
+
 TEST_F(SegmentMap, RejectsValuesThatAreNone) {
     const char* message = "segmentMap: The values must be CV_32FC1, from 0 to 1.";
-    for (const float bad : {-0.1F, 1.1F, std::numeric_limits<float>::quiet_NaN()}) {
+    for (const float bad :
+         {-0.1F, 1.1F, std::nextafter(1.0F, 2.0F), -std::numeric_limits<float>::denorm_min(),
+          std::numeric_limits<float>::infinity(), -std::numeric_limits<float>::infinity(),
+          std::numeric_limits<float>::quiet_NaN(), -std::numeric_limits<float>::quiet_NaN()}) {
         GridMap map = mapOf(3.0, 3.0, {{1.0, 1.0, 1.0, 1.0}});
         map.values.at<float>(59, 59) = bad;
         EXPECT_THAT([&] { segment(map); }, ThrowsMessage<std::invalid_argument>(message));

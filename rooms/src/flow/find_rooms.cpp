@@ -12,6 +12,7 @@
 #include "flow/regions.h"
 #include "flow/separators.h"
 #include "maps/working_map.h"
+#include "passages/merge_open_passages.h"
 #include "vorund/rooms/map_reader.h"
 
 namespace vorund::rooms {
@@ -34,19 +35,31 @@ cv::Mat asIntegers(const cv::Mat& labels) {
     return integers;
 }
 
-/// From regions to merged rooms.
-std::vector<RemovedIsland> mergeRooms(Regions& regions, const Settings& settings,
-                                      const FlowObserver& observer) {
-    begin(observer, kStepIslands);
-    std::vector<RemovedIsland> islands =
-        removeIslands(regions, settings.core.merge_nodes_in_place.area_threshold);
-    tell(observer, kStepIslands, regions);
-
+void mergeByPasses(Regions& regions, const Settings& settings, const FlowObserver& observer) {
     begin(observer, kStepMergeNodes);
     mergeBySizeAndBorderLength(regions.table, settings.core, [&](const std::string& pass) {
         tell(observer, pass, regions);
         if (pass == kStepMergeNodes) begin(observer, kStepMergeEdges);
     });
+}
+
+void mergeByPassages(Regions& regions, const Settings& settings, const FlowObserver& observer) {
+    begin(observer, kStepMergePassages);
+    mergeOpenPassages(regions, settings.rooms);
+    tell(observer, kStepMergePassages, regions);
+}
+
+/// From regions to merged rooms.
+std::vector<RemovedIsland> mergeRooms(Regions& regions, const Settings& settings,
+                                      const FlowObserver& observer) {
+    begin(observer, kStepIslands);
+    const bool by_passages = settings.rooms.merging == kMergeByPassages;
+    // A room that stands alone on a large map is a room, too.
+    std::vector<RemovedIsland> islands =
+        by_passages ? removeIslands(regions, settings.rooms.least_area, 0.0)
+                    : removeIslands(regions, settings.core.merge_nodes_in_place.area_threshold);
+    tell(observer, kStepIslands, regions);
+    (by_passages ? mergeByPassages : mergeByPasses)(regions, settings, observer);
     return islands;
 }
 
@@ -68,11 +81,11 @@ Cuts cutAndDraw(Regions& regions, const FlowObserver& observer) {
 
 Rooms findRooms(const GridMap& map, const Settings& settings, std::shared_ptr<Debugger> debugger,
                 const FlowObserver& observer) {
-    const WorkingMap working(map);
+    const WorkingMap working(map, settings);
     const Segmented segmented = findRegions(working, settings, debugger, observer.progress);
     const Resampling& resampling = working.resampling();
     if (observer.segmented) {
-        observer.segmented(resampling.labelsToMap(segmented.labels, map.values));
+        observer.segmented(resampling.labelsToMap(segmented.labels, working.ownValues()));
     }
 
     begin(observer, kStepSeparate);
@@ -87,13 +100,13 @@ Rooms findRooms(const GridMap& map, const Settings& settings, std::shared_ptr<De
     result.origin = map.origin;
     result.settings = settings;
     result.blocks = segmented.blocks;
-    result.unreached = resampling.maskToMap(labels == kLine, map.values);
+    result.unreached = resampling.maskToMap(labels == kLine, working.ownValues());
     result.unreached_pixels = cv::countNonZero(result.unreached);
     rename(labels, successorsOf(regions));
     if (settings.rooms.straight_borders) straightenBorders(labels, cuts);
     const bool same_pixels = resampling.isIdentity();
     fillRecords(
-        {same_pixels ? labels : resampling.labelsToMap(labels, map.values), regions.table.graph,
+        {same_pixels ? labels : resampling.labelsToMap(labels, working.ownValues()), regions.table.graph,
          cuts, islands, same_pixels ? 1.0 : kWorkingResolution / map.resolution},
         result);
     return result;

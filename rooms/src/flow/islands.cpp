@@ -12,8 +12,7 @@
 namespace vorund::rooms {
 namespace {
 
-constexpr double kSmallPartOfMap = 0.01;  // As in the library's own cleaning of isolated rooms.
-constexpr double kMargin = 1e-9;          // [m^2]
+constexpr double kMargin = 1e-9;  // [m^2]
 
 /// A connected part of the graph, its labels ascending.
 std::set<int> partOf(const Graph& graph, int start) {
@@ -93,12 +92,13 @@ void eraseFromTable(RoomGraph& table, const std::set<int>& removed) {
 
 }  // namespace
 
-std::vector<RemovedIsland> removeIslands(Regions& regions, double area_threshold) {
+std::vector<RemovedIsland> removeIslands(Regions& regions, double area_threshold,
+                                         double part_of_map) {
     const Graph& graph = regions.table.graph;
     std::set<int> unvisited;
     for (const auto& [label, data] : graph.nodes()) unvisited.insert(label);
     // Merging adds the areas in another order, which may round the total up, or a part down.
-    const double of_map = areaOf(graph, unvisited) * kSmallPartOfMap + kMargin;
+    const double of_map = areaOf(graph, unvisited) * part_of_map + kMargin;
 
     std::vector<std::set<int>> islands;
     std::set<int> removed;

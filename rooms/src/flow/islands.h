@@ -12,10 +12,14 @@ struct RemovedIsland {
     cv::Point position;  ///< First of its pixels in raster order, at the working resolution.
 };
 
-/// Removes every connected part of the room graph whose rooms together are smaller than 1 % of all
-/// rooms, or than `area_threshold` [m^2]: rooms, lines around them, border pixels, ids and nodes.
-/// The merge passes then never meet an isolated small room, which they could not erase from a
-/// 32-bit label image.
-std::vector<RemovedIsland> removeIslands(Regions& regions, double area_threshold);
+/// The part of all rooms below which the core's merge passes take isolated rooms for small.
+inline constexpr double kSmallPartOfMap = 0.01;
+
+/// Removes every connected part of the room graph whose rooms together are smaller than
+/// `part_of_map` of all rooms, or than `area_threshold` [m^2]: rooms, lines around them, border
+/// pixels, ids and nodes. The core's merge passes then never meet an isolated small room, which
+/// they could not erase from a 32-bit label image.
+std::vector<RemovedIsland> removeIslands(Regions& regions, double area_threshold,
+                                         double part_of_map = kSmallPartOfMap);
 
 }  // namespace vorund::rooms

@@ -79,6 +79,19 @@ int at(const std::vector<int>& cells, int index) {
     return cells[static_cast<std::size_t>(index)];
 }
 
+/// Whether one of the four neighbours is open.
+bool isBesideOpen(const cv::Mat& open, int row, int col) {
+    const auto isOpen = [&](int r, int c) { return open.ptr<std::uint8_t>(r)[c] != 0; };
+    return (row > 0 && isOpen(row - 1, col)) || (row + 1 < open.rows && isOpen(row + 1, col)) ||
+           (col > 0 && isOpen(row, col - 1)) || (col + 1 < open.cols && isOpen(row, col + 1));
+}
+
+/// Whether the row or one beside it has open pixels.
+bool isRowBesideOpen(const cv::Mat& open, int row) {
+    const cv::Range rows(std::max(row - 1, 0), std::min(row + 2, open.rows));
+    return cv::countNonZero(open.rowRange(rows)) > 0;
+}
+
 /// Spreads labels over the pixels of `open`, breadth first. First come, first served: the queue
 /// starts in raster order and keeps it among equal distances.
 template <class T>
@@ -95,10 +108,13 @@ void floodInPlace(cv::Mat& labels, const cv::Mat& open) {
             queue.push_back(to);
         }
     };
+    if (cv::countNonZero(open) == 0) return;
     const cv::Mat first = labels.clone();
     for (int row = 0; row < first.rows; ++row) {
+        if (!isRowBesideOpen(open, row)) continue;
+        const T* const label = first.ptr<T>(row);
         for (int col = 0; col < first.cols; ++col) {
-            if (first.at<T>(row, col) != 0) growFrom({col, row});
+            if (label[col] != 0 && isBesideOpen(open, row, col)) growFrom({col, row});
         }
     }
     for (std::size_t next = 0; next < queue.size(); ++next) growFrom(cv::Point(queue[next]));
@@ -133,19 +149,19 @@ cv::Mat Resampling::toWorking(const cv::Mat& values) const {
     cv::Mat working(working_size_, CV_32FC1, cv::Scalar(0.0));
     if (finer_) {
         for (int row = 0; row < values.rows; ++row) {
+            const float* const own = values.ptr<float>(row);
+            float* const highest = working.ptr<float>(at(working_row_of_, row));
             for (int col = 0; col < values.cols; ++col) {
-                float& value =
-                    working.at<float>(at(working_row_of_, row), at(working_col_of_, col));
-                value = std::max(value, values.at<float>(row, col));
+                float& value = highest[at(working_col_of_, col)];
+                value = std::max(value, own[col]);
             }
         }
         return working;
     }
     for (int row = 0; row < working.rows; ++row) {
-        for (int col = 0; col < working.cols; ++col) {
-            working.at<float>(row, col) =
-                values.at<float>(at(own_row_of_, row), at(own_col_of_, col));
-        }
+        const float* const own = values.ptr<float>(at(own_row_of_, row));
+        float* const value = working.ptr<float>(row);
+        for (int col = 0; col < working.cols; ++col) value[col] = own[at(own_col_of_, col)];
     }
     return working;
 }
@@ -156,11 +172,15 @@ cv::Mat Resampling::anyLabelsToMap(const cv::Mat& labels, const cv::Mat& values)
     cv::Mat own(size_, labels.type(), cv::Scalar(0));
     cv::Mat lost(size_, CV_8UC1, cv::Scalar(0));
     for (int row = 0; row < own.rows; ++row) {
+        const int working_row = at(working_row_of_, row);
+        const float* const value = values.ptr<float>(row);
+        const float* const there = working.ptr<float>(working_row);
+        const T* const label = labels.ptr<T>(working_row);
         for (int col = 0; col < own.cols; ++col) {
-            if (values.at<float>(row, col) > kWallThreshold) continue;
-            const cv::Point place(at(working_col_of_, col), at(working_row_of_, row));
-            own.at<T>(row, col) = labels.at<T>(place);
-            if (working.at<float>(place) > kWallThreshold) lost.at<std::uint8_t>(row, col) = 1;
+            if (value[col] > kWallThreshold) continue;
+            const int working_col = at(working_col_of_, col);
+            own.ptr<T>(row)[col] = label[working_col];
+            if (there[working_col] > kWallThreshold) lost.ptr<std::uint8_t>(row)[col] = 1;
         }
     }
     floodInPlace<T>(own, lost);
@@ -187,10 +207,9 @@ cv::Mat Resampling::maskToMap(const cv::Mat& mask, const cv::Mat& values) const 
     if (identity_) return mask.clone();
     cv::Mat own(size_, CV_8UC1);
     for (int row = 0; row < own.rows; ++row) {
-        for (int col = 0; col < own.cols; ++col) {
-            own.at<std::uint8_t>(row, col) =
-                mask.at<std::uint8_t>(at(working_row_of_, row), at(working_col_of_, col));
-        }
+        const std::uint8_t* const there = mask.ptr<std::uint8_t>(at(working_row_of_, row));
+        std::uint8_t* const pixel = own.ptr<std::uint8_t>(row);
+        for (int col = 0; col < own.cols; ++col) pixel[col] = there[at(working_col_of_, col)];
     }
     own.setTo(0, values > static_cast<double>(kWallThreshold));
     return own;

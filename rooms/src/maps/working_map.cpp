@@ -1,10 +1,14 @@
 #include "maps/working_map.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <limits>
 #include <opencv2/imgproc.hpp>
 #include <stdexcept>
 #include <string>
 
+#include "cleaning/clutter.h"
 #include "maps/core_errors.h"
 #include "vorund/rooms/map_reader.h"
 
@@ -16,27 +20,12 @@ constexpr int kRim = 8;
 
 constexpr int kTheOnlyRoom = 1;
 
-cv::Size checkedSize(const cv::Mat& values) {
-    bool usable = values.type() == CV_32FC1;
-    for (int row = 0; usable && row < values.rows; ++row) {
-        const float* first = values.ptr<float>(row);
-        usable = std::all_of(first, first + values.cols,
-                             [](float value) { return value >= 0.0F && value <= 1.0F; });
-    }
-    if (!usable) {
-        throw std::invalid_argument("segmentMap: The values must be CV_32FC1, from 0 to 1.");
-    }
-    return values.size();
-}
-
-bool isAll(const cv::Mat& values, double value) {
-    return cv::countNonZero(values != value) == 0;
-}
-
 bool hasFloorAtTheEdge(const cv::Mat& values) {
-    const cv::Mat floor = values <= static_cast<double>(kWallThreshold);
-    return cv::countNonZero(floor.row(0)) > 0 || cv::countNonZero(floor.row(floor.rows - 1)) > 0 ||
-           cv::countNonZero(floor.col(0)) > 0 || cv::countNonZero(floor.col(floor.cols - 1)) > 0;
+    const auto hasFloor = [](const cv::Mat& line) {
+        return cv::countNonZero(line <= static_cast<double>(kWallThreshold)) > 0;
+    };
+    return hasFloor(values.row(0)) || hasFloor(values.row(values.rows - 1)) ||
+           hasFloor(values.col(0)) || hasFloor(values.col(values.cols - 1));
 }
 
 /// `doSegment`, with errors that a user of maps understands.
@@ -52,16 +41,78 @@ cv::Mat run(const cv::Mat& values, FloorplanSegmenter& segmenter, const StageObs
     }
 }
 
+template <class T>
+bool hasRoom(const cv::Mat& labels) {
+    for (int row = 0; row < labels.rows; ++row) {
+        const T* const first = labels.ptr<T>(row);
+        if (std::any_of(first, first + labels.cols,
+                        [](T label) { return label != 0 && label != 255; })) {
+            return true;
+        }
+    }
+    return false;
+}
+
 }  // namespace
 
-WorkingMap::WorkingMap(const GridMap& map) : resampling_(checkedSize(map.values), map.resolution) {
-    if (isAll(map.values, 1.0)) throw MapError("no free floor found");
-    values_ = resampling_.toWorking(map.values);
-    if (isAll(values_, 1.0)) {
+/// By their bits: as whole numbers, floats above 1 and no numbers are greater than 1, and those
+/// below 0, but for the negative zero, are between the least number and 0. Comparing floats would
+/// take a branch for each.
+WorkingMap::Found WorkingMap::findIn(const cv::Mat& values) {
+    constexpr std::int32_t kOne = 0x3F800000;
+    constexpr std::int32_t kNegativeZero = std::numeric_limits<std::int32_t>::min();
+    std::int32_t not_one = 0;
+    std::int32_t not_zero = 0;
+    std::int32_t unusable = 0;
+    for (int row = 0; row < values.rows; ++row) {
+        const float* const value = values.ptr<float>(row);
+        for (int col = 0; col < values.cols; ++col) {
+            std::int32_t bits = 0;
+            std::memcpy(&bits, value + col, sizeof bits);
+            not_one |= bits ^ kOne;
+            not_zero |= bits & std::numeric_limits<std::int32_t>::max();
+            const bool is_usable = (bits >= 0 && bits <= kOne) || bits == kNegativeZero;
+            unusable |= is_usable ? 0 : 1;
+        }
+    }
+    return {not_one != 0, not_zero != 0, unusable != 0};
+}
+
+WorkingMap::Found WorkingMap::findUsable(const cv::Mat& values) {
+    const Found found = values.type() == CV_32FC1 ? findIn(values) : Found{true, true, true};
+    if (found.unusable) {
+        throw std::invalid_argument("segmentMap: The values must be CV_32FC1, from 0 to 1.");
+    }
+    return found;
+}
+
+WorkingMap::WorkingMap(const GridMap& map) : WorkingMap(map, findUsable(map.values)) {}
+
+WorkingMap::WorkingMap(const GridMap& map, const Found& found)
+    : resampling_(map.values.size(), map.resolution), own_values_(map.values) {
+    if (!found.other_than_wall) throw MapError("no free floor found");
+    values_ = resampling_.isIdentity() ? map.values : resampling_.toWorking(map.values);
+    if (!resampling_.isIdentity() && !findIn(values_).other_than_wall) {
         throw MapError("no room found: the free floor is narrower than the 0.05 m of a pixel");
     }
-    all_floor_ = isAll(map.values, 0.0);
+    all_floor_ = !found.other_than_floor;
     needs_rim_ = !map.raw && hasFloorAtTheEdge(values_);
+}
+
+WorkingMap::WorkingMap(const GridMap& map, const Settings& settings) : WorkingMap(map) {
+    if (!settings.rooms.clear_clutter || all_floor_) return;
+    const double threshold = settings.core.generate_denoised_alone.binary_make_binary.threshold;
+    const cv::Mat before = values_;
+    values_ = withoutClutter(before, threshold, settings.rooms);
+    if (resampling_.isIdentity()) {
+        own_values_ = values_;
+    } else {
+        const cv::Mat cleared =
+            resampling_.maskToMap(values_ < before, cv::Mat::zeros(map.values.size(), CV_32FC1));
+        own_values_ = map.values.clone();
+        own_values_.setTo(0.0, cleared);
+    }
+    all_floor_ = !findIn(values_).other_than_floor;
 }
 
 WorkingMap::Framed WorkingMap::framed() const {
@@ -81,12 +132,12 @@ cv::Mat WorkingMap::segment(FloorplanSegmenter& segmenter, const StageObserver& 
 }
 
 void requireRooms(const cv::Mat& labels) {
-    const cv::Mat rooms = (labels != 0) & (labels != 255);
-    if (cv::countNonZero(rooms) == 0) {
-        throw MapError(
-            "no room found: no region of floor lives long enough over the scales (see "
-            "generate_denoised_alone and filter_threshold in over_segment)");
+    if (labels.type() == CV_8UC1 ? hasRoom<std::uint8_t>(labels) : hasRoom<std::int32_t>(labels)) {
+        return;
     }
+    throw MapError(
+        "no room found: no region of floor lives long enough over the scales (see "
+        "generate_denoised_alone and filter_threshold in over_segment)");
 }
 
 }  // namespace vorund::rooms

@@ -6,6 +6,7 @@
 #include "vorund/rooms/grid_map.h"
 #include "vorund/rooms/map_reader.h"
 #include "vorund/rooms/resampling.h"
+#include "vorund/rooms/room_settings.h"
 
 namespace vorund::rooms {
 
@@ -26,6 +27,9 @@ class WorkingMap {
     /// @throws MapError, std::invalid_argument  as `segmentMap`.
     explicit WorkingMap(const GridMap& map);
 
+    /// The same without what stands free in its rooms, if the settings say so.
+    WorkingMap(const GridMap& map, const Settings& settings);
+
     /// `doSegmentExact` on the map, in a rim of wall where it needs one.
     /// @return `CV_8UC1` of the working size.
     /// @throws MapError, Cancelled  as `segmentMap`; TooManyRooms for more than 8 bits hold.
@@ -43,9 +47,24 @@ class WorkingMap {
 
     const Resampling& resampling() const { return resampling_; }
 
+    /// The map's own pixels, without what was taken out of the rooms: `CV_32FC1`.
+    const cv::Mat& ownValues() const { return own_values_; }
+
  private:
+    /// What there is among a map's values.
+    struct Found {
+        bool other_than_wall;   ///< A value that is not 1.
+        bool other_than_floor;  ///< A value that is not 0.
+        bool unusable;          ///< A value that is not from 0 to 1.
+    };
+    static Found findIn(const cv::Mat& values);
+    static Found findUsable(const cv::Mat& values);
+
+    WorkingMap(const GridMap& map, const Found& found);
+
     Resampling resampling_;
-    cv::Mat values_;
+    cv::Mat own_values_;
+    cv::Mat values_;  ///< At the working resolution.
     bool all_floor_;
     bool needs_rim_;
 };

@@ -31,6 +31,7 @@ inline constexpr char kStepSeparate[] = "separate";
 inline constexpr char kStepIslands[] = "islands";
 inline constexpr char kStepMergeNodes[] = "merge-nodes";
 inline constexpr char kStepMergeEdges[] = "merge-edges";
+inline constexpr char kStepMergePassages[] = "merge-passages";
 inline constexpr char kStepCuts[] = "cuts";
 
 /// What a caller hears of a run. Both may be empty.

@@ -16,6 +16,24 @@ struct RoomsConfig {
     std::string blocks = "auto";
     /// Most pixels of a block, with what is seen around it, >= 40000. [pixels at 0.05 m]
     int block_pixels = 4'000'000;
+
+    /// How regions become rooms: "passages", by how open the passages between them are, or
+    /// "passes", by the core's two merge passes.
+    std::string merging = "passages";
+    /// For "passages": a passage is no doorway if its clearance is above this part of that of the
+    /// roomier side, 0 to 1. Larger values give more rooms.
+    double open_ratio = 0.5;
+    /// The same for passages narrower than `narrow_passage`, 0 to 1.
+    double narrow_ratio = 0.7;
+    double narrow_passage = 1.25;  ///< As wide as a wide door. [m]
+    double least_area = 2.0;       ///< Of a room. [m^2]
+    double least_width = 1.0;      ///< Of a room below 5 m^2. [m]
+
+    /// Take out what stands free in rooms before they are looked for.
+    bool clear_clutter = true;
+    double loose_part = 2.0;    ///< Larger side of parts that nothing joins to the walls. [m]
+    double loose_block = 2.5;   ///< The same for parts at least 0.5 m thick. [m]
+    double closed_floor = 4.0;  ///< Enclosed floor below this area is no room. [m^2]
 };
 
 /// All settings of a run.

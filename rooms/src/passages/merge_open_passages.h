@@ -1,0 +1,22 @@
+#pragma once
+
+#include "flow/regions.h"
+#include "vorund/rooms/room_settings.h"
+
+namespace vorund::rooms {
+
+/// The value of `RoomsConfig::merging` that asks for this.
+inline constexpr char kMergeByPassages[] = "passages";
+
+/// Joins regions whose passage is no doorway, and small ones with the neighbour they are most open
+/// to. A doorway is narrower than the rooms on both sides of it: what decides is the clearance of a
+/// passage (half its width) in proportion to that of the roomier side, which depends on neither the
+/// size of a building nor the number of openings between two rooms.
+///
+/// 1. Specks, which no seed of a room would have made, go to the neighbour with the widest passage.
+/// 2. Regions are joined, the most open passage first, while there is one above `open_ratio`, or
+///    above `narrow_ratio` where it is narrower than `narrow_passage`.
+/// 3. Rooms below `least_area`, and those too narrow to be one, go as the specks did.
+void mergeOpenPassages(Regions& regions, const RoomsConfig& config);
+
+}  // namespace vorund::rooms

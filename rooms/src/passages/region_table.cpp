@@ -1,0 +1,171 @@
+#include "passages/region_table.h"
+
+#include <algorithm>
+#include <cmath>
+#include <opencv2/imgproc.hpp>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "flow/separators.h"
+#include "internal/runs.h"
+#include "vorund/rooms/grid_map.h"
+
+namespace vorund::rooms {
+namespace {
+
+/// Squared distances to the nearest wall, in whole numbers, so that every machine compares alike.
+/// What lies outside the map counts as wall.
+cv::Mat squaredDistances(const cv::Mat& labels) {
+    cv::Mat floor;
+    cv::copyMakeBorder(labels != 0, floor, 1, 1, 1, 1, cv::BORDER_CONSTANT, cv::Scalar(0));
+    cv::Mat distances;
+    cv::distanceTransform(floor, distances, cv::DIST_L2, cv::DIST_MASK_PRECISE);
+    cv::Mat squared;
+    // A distance is the root of a whole number, rounded: its square rounds to that number.
+    cv::multiply(distances, distances, squared);
+    cv::Mat whole;
+    squared(cv::Rect({1, 1}, labels.size())).convertTo(whole, CV_32S);
+    return whole;
+}
+
+void keepLargest(std::int64_t& largest, std::int32_t value) {
+    largest = std::max<std::int64_t>(largest, value);
+}
+
+void addPassage(Region& region, int other, const Passage& passage) {
+    Passage& known = region.passages[other];
+    known.clearance = std::max(known.clearance, passage.clearance);
+    known.length += passage.length;
+}
+
+NodeData together(const NodeData& a, const NodeData& b) {
+    const double area = a.area + b.area;
+    const auto weigh = [&](int of_a, int of_b) {
+        return static_cast<int>(std::lround((of_a * a.area + of_b * b.area) / area));
+    };
+    if (!(area > 0.0)) return a;
+    return {area, {weigh(a.position.x, b.position.x), weigh(a.position.y, b.position.y)}};
+}
+
+}  // namespace
+
+double Region::width() const {
+    return 2.0 * std::sqrt(static_cast<double>(clearance)) * kWorkingResolution;
+}
+
+RegionTable::RegionTable(const Regions& regions) {
+    const RoomGraph& rooms = regions.table;
+    for (const auto& [label, data] : rooms.graph.nodes()) regions_[label].area = data.area;
+    std::vector<std::int64_t> of_label(static_cast<std::size_t>(regions.label_count), 0);
+    std::vector<std::int64_t> of_id(
+        static_cast<std::size_t>(rooms.labels.cols - regions.label_count), 0);
+    const cv::Mat distances = squaredDistances(regions.labels);
+    for (int row = 0; row < distances.rows; ++row) {
+        const std::int32_t* const distance = distances.ptr<std::int32_t>(row);
+        const std::int32_t* const label = regions.labels.ptr<std::int32_t>(row);
+        const std::int32_t* const id = regions.borders.ptr<std::int32_t>(row);
+        internal::forEachRun(label, distances.cols, [&](int begin, int end, std::int32_t value) {
+            if (value == 0) return;
+            keepLargest(of_label[static_cast<std::size_t>(value)],
+                        *std::max_element(distance + begin, distance + end));
+            if (value != kLine) return;
+            for (int col = begin; col < end; ++col) {
+                keepLargest(of_id[static_cast<std::size_t>(id[col])], distance[col]);
+            }
+        });
+    }
+    for (auto& [label, region] : regions_) {
+        region.clearance = of_label[static_cast<std::size_t>(label)];
+    }
+    for (const auto& [edge, data] : rooms.graph.edges()) {
+        const int id = rooms.border_ids.at(edge);
+        const Passage passage{of_id[static_cast<std::size_t>(id)], data.length};
+        addPassage(regions_[edge.first], edge.second, passage);
+        addPassage(regions_[edge.second], edge.first, passage);
+    }
+}
+
+void RegionTable::merge(int a, int b) {
+    const bool a_survives =
+        std::make_pair(-regions_.at(a).area, a) < std::make_pair(-regions_.at(b).area, b);
+    const int kept = a_survives ? a : b;
+    const int gone = a_survives ? b : a;
+    Region& region = regions_.at(kept);
+    const Region absorbed = std::move(regions_.at(gone));
+    regions_.erase(gone);
+    region.area += absorbed.area;
+    region.clearance = std::max(region.clearance, absorbed.clearance);
+    region.passages.erase(gone);
+    for (const auto& [other, passage] : absorbed.passages) {
+        if (other == kept) continue;
+        Region& neighbour = regions_.at(other);
+        neighbour.passages.erase(gone);
+        addPassage(region, other, passage);
+        addPassage(neighbour, kept, passage);
+    }
+    merged_into_[gone] = kept;
+}
+
+int RegionTable::survivor(int label) const {
+    for (auto found = merged_into_.find(label); found != merged_into_.end();
+         found = merged_into_.find(label)) {
+        label = found->second;
+    }
+    return label;
+}
+
+void RegionTable::apply(RoomGraph& rooms) const {
+    // Borders: that of the smallest id stands for all between the same two.
+    BorderIds ids;
+    std::vector<std::pair<int, int>> of_id;  // Per id: its new id or 0, and the label it then gets.
+    for (const auto& [edge, id] : rooms.border_ids) {
+        of_id.resize(std::max(of_id.size(), static_cast<std::size_t>(id) + 1), {0, 0});
+        const Edge now(survivor(edge.first), survivor(edge.second));
+        if (now.first == now.second) {
+            of_id[static_cast<std::size_t>(id)] = {0, now.first};
+            continue;
+        }
+        const auto known = ids.emplace(now, id).first;
+        known->second = std::min(known->second, id);
+    }
+    for (const auto& [edge, id] : rooms.border_ids) {
+        const auto now = ids.find(Edge(survivor(edge.first), survivor(edge.second)));
+        if (now != ids.end()) of_id[static_cast<std::size_t>(id)] = {now->second, kLine};
+    }
+
+    std::map<int, int> renamed;
+    for (const auto& [label, data] : rooms.graph.nodes()) renamed[label] = survivor(label);
+    std::vector<int> name(renamed.empty() ? 1
+                                          : static_cast<std::size_t>(renamed.rbegin()->first) + 1);
+    for (std::size_t i = 0; i < name.size(); ++i) name[i] = static_cast<int>(i);
+    for (const auto& [label, now] : renamed) name[static_cast<std::size_t>(label)] = now;
+    for (int row = 0; row < rooms.labels.rows; ++row) {
+        std::int32_t* const label = rooms.labels.ptr<std::int32_t>(row);
+        std::int32_t* const id = rooms.borders.ptr<std::int32_t>(row);
+        for (int col = 0; col < rooms.labels.cols; ++col) {
+            if (id[col] != 0) {
+                std::tie(id[col], label[col]) = of_id[static_cast<std::size_t>(id[col])];
+            } else if (static_cast<std::size_t>(label[col]) < name.size()) {
+                label[col] = name[static_cast<std::size_t>(label[col])];
+            }
+        }
+    }
+
+    std::map<int, NodeData> nodes;
+    for (const auto& [label, data] : rooms.graph.nodes()) {
+        const auto [node, is_new] = nodes.emplace(renamed.at(label), data);
+        if (!is_new) node->second = together(node->second, data);
+    }
+    Graph graph;
+    for (const auto& [label, data] : nodes) graph.addNode(label, data);
+    for (const auto& [label, region] : regions_) {
+        for (const auto& [other, passage] : region.passages) {
+            if (label < other) graph.addEdge(label, other, {passage.length});
+        }
+    }
+    rooms.graph = std::move(graph);
+    rooms.border_ids = std::move(ids);
+}
+
+}  // namespace vorund::rooms

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+
+#include "flow/regions.h"
+
+namespace vorund::rooms {
+
+/// Where two regions meet.
+struct Passage {
+    std::int64_t clearance = 0;  ///< The largest squared distance to a wall on it. [pixels^2]
+    double length = 0.0;         ///< Of the border. [m]
+};
+
+/// What merging needs to know of a region.
+struct Region {
+    double area = 0.0;                ///< [m^2]
+    std::int64_t clearance = 0;       ///< The largest squared distance to a wall in it. [pixels^2]
+    std::map<int, Passage> passages;  ///< By the label of the region on the other side.
+
+    double width() const;  ///< Of the widest place. [m]
+};
+
+/// How wide regions and the passages between them are: the saliency of a passage is how much
+/// narrower it is than what lies on both sides of it (as in the dynamics of watershed basins: M.
+/// Grimaud, "A new measure of contrast: the dynamics", 1992). Merging works on this table; `apply`
+/// brings the graph and what labels and borders have become in line.
+class RegionTable {
+ public:
+    explicit RegionTable(const Regions& regions);
+
+    const std::map<int, Region>& regions() const { return regions_; }
+
+    /// Makes two neighbours one. The larger keeps its label; of equal ones the smaller label does.
+    void merge(int a, int b);
+
+    /// What a label has become.
+    int survivor(int label) const;
+
+    /// Renames labels, gives the borders within regions to them and joins ids, edges and nodes.
+    void apply(RoomGraph& rooms) const;
+
+ private:
+    std::map<int, Region> regions_;
+    std::map<int, int> merged_into_;
+};
+
+}  // namespace vorund::rooms
