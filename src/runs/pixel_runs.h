@@ -4,6 +4,7 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
+#include "vorund/export.h"
 namespace vorund::internal {
 
 /// Pixels of one row, from `begin` up to, but without, `end`.
@@ -52,13 +53,13 @@ class PixelRuns {
 
 /// The pixels of a float image that are not above a threshold.
 /// @param values  `CV_32FC1`. What is no number is not above.
-PixelRuns pixelsNotAbove(const cv::Mat& values, double threshold);
+VORUND_EXPORT PixelRuns pixelsNotAbove(const cv::Mat& values, double threshold);
 
 /// The pixels of an 8-bit image that are not 0.
-PixelRuns nonZeroPixels(const cv::Mat& bytes);
+VORUND_EXPORT PixelRuns nonZeroPixels(const cv::Mat& bytes);
 
 /// The other pixels of an image.
-PixelRuns complement(const PixelRuns& runs, int cols);
+VORUND_EXPORT PixelRuns complement(const PixelRuns& runs, int cols);
 
 /// The smallest upright rectangle around the pixels; empty if there are none.
 cv::Rect boundsOf(const PixelRuns& runs);

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "runs/pixel_runs.h"
+#include "vorund/export.h"
 
 namespace vorund::internal {
 
@@ -17,9 +18,9 @@ struct RunComponents {
 ///
 /// Union-find over runs that overlap in neighbouring rows (L. He, Y. Chao and K. Suzuki, "A
 /// run-based two-scan labeling algorithm", 2008).
-RunComponents connectRuns(const PixelRuns& runs, int connectivity = 4);
+VORUND_EXPORT RunComponents connectRuns(const PixelRuns& runs, int connectivity = 4);
 
 /// The components' numbers of pixels, in the order of their labels.
-std::vector<int> areasOf(const PixelRuns& runs, const RunComponents& components);
+VORUND_EXPORT std::vector<int> areasOf(const PixelRuns& runs, const RunComponents& components);
 
 }  // namespace vorund::internal

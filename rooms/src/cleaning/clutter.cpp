@@ -5,95 +5,87 @@
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
+#include "runs/run_components.h"
 #include "vorund/rooms/grid_map.h"
 
 namespace vorund::rooms {
 namespace {
 
+using internal::PixelRuns;
+using internal::RunComponents;
+
 /// Partitions are thinner, most furniture is thicker. [m]
 constexpr double kThicknessOfBlocks = 0.5;
 
-struct Parts {
-    cv::Mat labels;
-    cv::Mat stats;
-    int count;
+void paint(const PixelRuns& pixels, const RunComponents& parts, const std::vector<bool>& chosen,
+           float value, cv::Mat& values) {
+    std::size_t run = 0;
+    pixels.visit([&](int row, const internal::PixelRun& where) {
+        if (!chosen[static_cast<std::size_t>(parts.label_of_run[run++]) - 1]) return;
+        float* const pixel = values.ptr<float>(row);
+        std::fill(pixel + where.begin, pixel + where.end, value);
+    });
+}
 
-    Parts(const cv::Mat& mask, int connectivity) {
-        cv::Mat centroids;
-        count =
-            cv::connectedComponentsWithStats(mask, labels, stats, centroids, connectivity, CV_32S);
+void closeSmallFloor(cv::Mat& values, double threshold, double least_area) {
+    const PixelRuns floor = internal::pixelsNotAbove(values, threshold);
+    const RunComponents parts = internal::connectRuns(floor, 4);
+    std::vector<bool> chosen;
+    for (const int pixels : internal::areasOf(floor, parts)) {
+        chosen.push_back(pixels * kWorkingResolution * kWorkingResolution < least_area);
     }
-    double area(int part) const {
-        return stats.at<int>(part, cv::CC_STAT_AREA) * kWorkingResolution * kWorkingResolution;
-    }
-    double largerSide(int part) const {
-        return std::max(stats.at<int>(part, cv::CC_STAT_WIDTH),
-                        stats.at<int>(part, cv::CC_STAT_HEIGHT)) *
-               kWorkingResolution;
-    }
-};
+    paint(floor, parts, chosen, 1.0F, values);
+}
 
-/// Sets the pixels of the chosen parts.
-void setParts(cv::Mat& mask, const Parts& parts, const std::vector<std::uint8_t>& chosen,
-              std::uint8_t value) {
-    for (int row = 0; row < mask.rows; ++row) {
-        const std::int32_t* const label = parts.labels.ptr<std::int32_t>(row);
-        std::uint8_t* const pixel = mask.ptr<std::uint8_t>(row);
-        for (int col = 0; col < mask.cols; ++col) {
-            if (chosen[static_cast<std::size_t>(label[col])] != 0) pixel[col] = value;
+std::vector<cv::Rect> boxesOf(const PixelRuns& pixels, const RunComponents& parts) {
+    std::vector<cv::Rect> boxes(static_cast<std::size_t>(parts.count));
+    std::size_t run = 0;
+    pixels.visit([&](int row, const internal::PixelRun& where) {
+        boxes[static_cast<std::size_t>(parts.label_of_run[run++]) - 1] |=
+            cv::Rect(where.begin, row, where.end - where.begin, 1);
+    });
+    return boxes;
+}
+
+/// Whether a square of that thickness fits into a part of the wall.
+bool isBlock(const PixelRuns& walls, const RunComponents& parts, int label, const cv::Rect& box) {
+    cv::Mat part = cv::Mat::zeros(box.size(), CV_8UC1);
+    for (int row = box.y; row < box.y + box.height; ++row) {
+        for (std::size_t run = walls.rowBegin(row); run < walls.rowBegin(row + 1); ++run) {
+            if (parts.label_of_run[run] != label) continue;
+            std::uint8_t* const pixel = part.ptr<std::uint8_t>(row - box.y) - box.x;
+            std::fill(pixel + walls[run].begin, pixel + walls[run].end, std::uint8_t{1});
         }
     }
-}
-
-void closeSmallFloor(cv::Mat& walls, double least_area) {
-    const Parts floors(walls == 0, 4);
-    std::vector<std::uint8_t> chosen(static_cast<std::size_t>(floors.count), 0);
-    for (int part = 1; part < floors.count; ++part) {
-        chosen[static_cast<std::size_t>(part)] = floors.area(part) < least_area ? 1 : 0;
-    }
-    setParts(walls, floors, chosen, 255);
-}
-
-/// For each part, whether a square of the given side, in pixels, fits into it.
-std::vector<std::uint8_t> partsThatHold(const cv::Mat& walls, const Parts& parts, int side) {
-    cv::Mat cores;
-    cv::erode(walls, cores, cv::Mat::ones(side, side, CV_8U), cv::Point(-1, -1), 1,
+    const int side = cvRound(kThicknessOfBlocks / kWorkingResolution);
+    cv::erode(part, part, cv::Mat::ones(side, side, CV_8U), cv::Point(-1, -1), 1,
               cv::BORDER_CONSTANT, cv::Scalar(0));
-    std::vector<std::uint8_t> hold(static_cast<std::size_t>(parts.count), 0);
-    for (int row = 0; row < cores.rows; ++row) {
-        const std::uint8_t* const core = cores.ptr<std::uint8_t>(row);
-        const std::int32_t* const label = parts.labels.ptr<std::int32_t>(row);
-        for (int col = 0; col < cores.cols; ++col) {
-            if (core[col] != 0) hold[static_cast<std::size_t>(label[col])] = 1;
-        }
-    }
-    return hold;
+    return cv::countNonZero(part) > 0;
 }
 
-void takeOutLooseParts(cv::Mat& walls, const RoomsConfig& config) {
-    const Parts parts(walls, 8);
-    const std::vector<std::uint8_t> thick =
-        partsThatHold(walls, parts, cvRound(kThicknessOfBlocks / kWorkingResolution));
-    std::vector<std::uint8_t> chosen(static_cast<std::size_t>(parts.count), 0);
-    for (int part = 1; part < parts.count; ++part) {
-        const auto index = static_cast<std::size_t>(part);
-        const double limit =
-            thick[index] != 0 ? std::max(config.loose_block, config.loose_part) : config.loose_part;
-        chosen[index] = parts.largerSide(part) <= limit + 1e-9 ? 1 : 0;
+void takeOutLooseParts(cv::Mat& values, double threshold, const RoomsConfig& config) {
+    const PixelRuns walls =
+        internal::complement(internal::pixelsNotAbove(values, threshold), values.cols);
+    const RunComponents parts = internal::connectRuns(walls, 8);
+    const std::vector<cv::Rect> boxes = boxesOf(walls, parts);
+    const auto isWithin = [](const cv::Rect& box, double side) {
+        return std::max(box.width, box.height) * kWorkingResolution <= side + 1e-9;
+    };
+    std::vector<bool> chosen;
+    for (const cv::Rect& box : boxes) {
+        const int label = static_cast<int>(chosen.size()) + 1;
+        chosen.push_back(isWithin(box, config.loose_part) ||
+                         (isWithin(box, config.loose_block) && isBlock(walls, parts, label, box)));
     }
-    setParts(walls, parts, chosen, 0);
+    paint(walls, parts, chosen, 0.0F, values);
 }
 
 }  // namespace
 
 cv::Mat withoutClutter(const cv::Mat& values, double threshold, const RoomsConfig& config) {
-    const cv::Mat before = values > threshold;
-    cv::Mat walls = before.clone();
-    closeSmallFloor(walls, config.closed_floor);
-    takeOutLooseParts(walls, config);
     cv::Mat cleaned = values.clone();
-    cleaned.setTo(0.0, before & ~walls);
-    cleaned.setTo(1.0, walls & ~before);
+    closeSmallFloor(cleaned, threshold, config.closed_floor);
+    takeOutLooseParts(cleaned, threshold, config);
     return cleaned;
 }
 

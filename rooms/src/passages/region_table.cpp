@@ -14,23 +14,20 @@
 namespace vorund::rooms {
 namespace {
 
-/// Squared distances to the nearest wall, in whole numbers, so that every machine compares alike.
-/// What lies outside the map counts as wall.
-cv::Mat squaredDistances(const cv::Mat& labels) {
-    cv::Mat floor;
-    cv::copyMakeBorder(labels != 0, floor, 1, 1, 1, 1, cv::BORDER_CONSTANT, cv::Scalar(0));
+/// Distances to the nearest wall; what lies outside the map counts as wall.
+cv::Mat distancesToWall(const cv::Mat& labels) {
+    cv::Mat floor(labels.rows + 2, labels.cols + 2, CV_8UC1, cv::Scalar(0));
+    cv::Mat inner = floor(cv::Rect({1, 1}, labels.size()));
+    cv::compare(labels, 0, inner, cv::CMP_NE);
     cv::Mat distances;
     cv::distanceTransform(floor, distances, cv::DIST_L2, cv::DIST_MASK_PRECISE);
-    cv::Mat squared;
-    // A distance is the root of a whole number, rounded: its square rounds to that number.
-    cv::multiply(distances, distances, squared);
-    cv::Mat whole;
-    squared(cv::Rect({1, 1}, labels.size())).convertTo(whole, CV_32S);
-    return whole;
+    return distances(cv::Rect({1, 1}, labels.size()));
 }
 
-void keepLargest(std::int64_t& largest, std::int32_t value) {
-    largest = std::max<std::int64_t>(largest, value);
+/// The square in whole numbers, so that every machine compares alike: a distance is the root of a
+/// whole number, rounded.
+std::int64_t squared(float distance) {
+    return std::llround(static_cast<double>(distance) * static_cast<double>(distance));
 }
 
 void addPassage(Region& region, int other, const Passage& passage) {
@@ -57,30 +54,34 @@ double Region::width() const {
 RegionTable::RegionTable(const Regions& regions) {
     const RoomGraph& rooms = regions.table;
     for (const auto& [label, data] : rooms.graph.nodes()) regions_[label].area = data.area;
-    std::vector<std::int64_t> of_label(static_cast<std::size_t>(regions.label_count), 0);
-    std::vector<std::int64_t> of_id(
-        static_cast<std::size_t>(rooms.labels.cols - regions.label_count), 0);
-    const cv::Mat distances = squaredDistances(regions.labels);
+    std::vector<float> of_label(static_cast<std::size_t>(regions.label_count), 0.0F);
+    std::vector<float> of_id(static_cast<std::size_t>(rooms.labels.cols - regions.label_count),
+                             0.0F);
+    const cv::Mat distances = distancesToWall(regions.labels);
     for (int row = 0; row < distances.rows; ++row) {
-        const std::int32_t* const distance = distances.ptr<std::int32_t>(row);
+        const float* const distance = distances.ptr<float>(row);
         const std::int32_t* const label = regions.labels.ptr<std::int32_t>(row);
         const std::int32_t* const id = regions.borders.ptr<std::int32_t>(row);
         internal::forEachRun(label, distances.cols, [&](int begin, int end, std::int32_t value) {
             if (value == 0) return;
-            keepLargest(of_label[static_cast<std::size_t>(value)],
-                        *std::max_element(distance + begin, distance + end));
-            if (value != kLine) return;
+            if (value != kLine) {
+                float& largest = of_label[static_cast<std::size_t>(value)];
+                // Not max_element: this the compiler takes several at a time.
+                for (int col = begin; col < end; ++col) largest = std::max(largest, distance[col]);
+                return;
+            }
             for (int col = begin; col < end; ++col) {
-                keepLargest(of_id[static_cast<std::size_t>(id[col])], distance[col]);
+                float& largest = of_id[static_cast<std::size_t>(id[col])];
+                largest = std::max(largest, distance[col]);
             }
         });
     }
     for (auto& [label, region] : regions_) {
-        region.clearance = of_label[static_cast<std::size_t>(label)];
+        region.clearance = squared(of_label[static_cast<std::size_t>(label)]);
     }
     for (const auto& [edge, data] : rooms.graph.edges()) {
         const int id = rooms.border_ids.at(edge);
-        const Passage passage{of_id[static_cast<std::size_t>(id)], data.length};
+        const Passage passage{squared(of_id[static_cast<std::size_t>(id)]), data.length};
         addPassage(regions_[edge.first], edge.second, passage);
         addPassage(regions_[edge.second], edge.first, passage);
     }
