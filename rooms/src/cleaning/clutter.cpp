@@ -5,6 +5,7 @@
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
+#include "cleaning/wall_continuation.h"
 #include "runs/run_components.h"
 #include "vorund/rooms/grid_map.h"
 
@@ -16,6 +17,9 @@ using internal::RunComponents;
 
 /// Partitions are thinner, most furniture is thicker. [m]
 constexpr double kThicknessOfBlocks = 0.5;
+
+/// They have no direction. [m]
+constexpr double kLargestSpeck = 0.25;
 
 void paint(const PixelRuns& pixels, const RunComponents& parts, const std::vector<bool>& chosen,
            float value, cv::Mat& values) {
@@ -37,14 +41,26 @@ void closeSmallFloor(cv::Mat& values, double threshold, double least_area) {
     paint(floor, parts, chosen, 1.0F, values);
 }
 
-std::vector<cv::Rect> boxesOf(const PixelRuns& pixels, const RunComponents& parts) {
-    std::vector<cv::Rect> boxes(static_cast<std::size_t>(parts.count));
+/// A part of the wall.
+struct Part {
+    cv::Rect box;
+    PartShape shape;
+
+    bool isWithin(double side) const {
+        constexpr double kMargin = 1e-9;  // A side of 6 pixels is one of 0.3 m.
+        return std::max(box.width, box.height) * kWorkingResolution <= side + kMargin;
+    }
+};
+
+std::vector<Part> partsOf(const PixelRuns& pixels, const RunComponents& components) {
+    std::vector<Part> parts(static_cast<std::size_t>(components.count));
     std::size_t run = 0;
     pixels.visit([&](int row, const internal::PixelRun& where) {
-        boxes[static_cast<std::size_t>(parts.label_of_run[run++]) - 1] |=
-            cv::Rect(where.begin, row, where.end - where.begin, 1);
+        Part& part = parts[static_cast<std::size_t>(components.label_of_run[run++]) - 1];
+        part.box |= cv::Rect(where.begin, row, where.end - where.begin, 1);
+        part.shape.add(row, where);
     });
-    return boxes;
+    return parts;
 }
 
 /// Whether a square of that thickness fits into a part of the wall.
@@ -64,20 +80,21 @@ bool isBlock(const PixelRuns& walls, const RunComponents& parts, int label, cons
 }
 
 void takeOutLooseParts(cv::Mat& values, double threshold, const RoomsConfig& config) {
-    const PixelRuns walls =
-        internal::complement(internal::pixelsNotAbove(values, threshold), values.cols);
-    const RunComponents parts = internal::connectRuns(walls, 8);
-    const std::vector<cv::Rect> boxes = boxesOf(walls, parts);
-    const auto isWithin = [](const cv::Rect& box, double side) {
-        return std::max(box.width, box.height) * kWorkingResolution <= side + 1e-9;
-    };
+    const cv::Mat mask = values > threshold;
+    const PixelRuns walls = internal::nonZeroPixels(mask);
+    const RunComponents components = internal::connectRuns(walls, 8);
+    const std::vector<Part> parts = partsOf(walls, components);
     std::vector<bool> chosen;
-    for (const cv::Rect& box : boxes) {
+    for (const Part& part : parts) {
         const int label = static_cast<int>(chosen.size()) + 1;
-        chosen.push_back(isWithin(box, config.loose_part) ||
-                         (isWithin(box, config.loose_block) && isBlock(walls, parts, label, box)));
+        const bool is_loose =
+            part.isWithin(config.loose_part) ||
+            (part.isWithin(config.loose_block) && isBlock(walls, components, label, part.box));
+        const bool is_speck = part.isWithin(kLargestSpeck);
+        chosen.push_back(is_loose &&
+                         (is_speck || !continuesWall(mask, part.shape, config.wall_line)));
     }
-    paint(walls, parts, chosen, 0.0F, values);
+    paint(walls, components, chosen, 0.0F, values);
 }
 
 }  // namespace

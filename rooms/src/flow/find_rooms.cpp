@@ -43,15 +43,16 @@ void mergeByPasses(Regions& regions, const Settings& settings, const FlowObserve
     });
 }
 
-void mergeByPassages(Regions& regions, const Settings& settings, const FlowObserver& observer) {
+void mergeByPassages(Regions& regions, const cv::Mat& floor, const Settings& settings,
+                     const FlowObserver& observer) {
     begin(observer, kStepMergePassages);
-    mergeOpenPassages(regions, settings.rooms);
+    mergeOpenPassages(regions, floor, settings.rooms);
     tell(observer, kStepMergePassages, regions);
 }
 
 /// From regions to merged rooms.
-std::vector<RemovedIsland> mergeRooms(Regions& regions, const Settings& settings,
-                                      const FlowObserver& observer) {
+std::vector<RemovedIsland> mergeRooms(Regions& regions, const WorkingMap& map,
+                                      const Settings& settings, const FlowObserver& observer) {
     begin(observer, kStepIslands);
     const bool by_passages = settings.rooms.merging == kMergeByPassages;
     // A room that stands alone on a large map is a room, too.
@@ -59,7 +60,11 @@ std::vector<RemovedIsland> mergeRooms(Regions& regions, const Settings& settings
         by_passages ? removeIslands(regions, settings.rooms.least_area, 0.0)
                     : removeIslands(regions, settings.core.merge_nodes_in_place.area_threshold);
     tell(observer, kStepIslands, regions);
-    (by_passages ? mergeByPassages : mergeByPasses)(regions, settings, observer);
+    if (by_passages) {
+        mergeByPassages(regions, map.floor(), settings, observer);
+    } else {
+        mergeByPasses(regions, settings, observer);
+    }
     return islands;
 }
 
@@ -92,7 +97,7 @@ Rooms findRooms(const GridMap& map, const Settings& settings, std::shared_ptr<De
     cv::Mat labels = asIntegers(segmented.labels);
     Regions regions = separate(labels);
     tell(observer, kStepSeparate, regions);
-    const std::vector<RemovedIsland> islands = mergeRooms(regions, settings, observer);
+    const std::vector<RemovedIsland> islands = mergeRooms(regions, working, settings, observer);
     const Cuts cuts = cutAndDraw(regions, observer);
 
     Rooms result;
@@ -105,10 +110,10 @@ Rooms findRooms(const GridMap& map, const Settings& settings, std::shared_ptr<De
     rename(labels, successorsOf(regions));
     if (settings.rooms.straight_borders) straightenBorders(labels, cuts);
     const bool same_pixels = resampling.isIdentity();
-    fillRecords(
-        {same_pixels ? labels : resampling.labelsToMap(labels, working.ownValues()), regions.table.graph,
-         cuts, islands, same_pixels ? 1.0 : kWorkingResolution / map.resolution},
-        result);
+    fillRecords({same_pixels ? labels : resampling.labelsToMap(labels, working.ownValues()),
+                 regions.table.graph, cuts, islands,
+                 same_pixels ? 1.0 : kWorkingResolution / map.resolution},
+                result);
     return result;
 }
 

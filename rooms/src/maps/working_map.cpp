@@ -100,10 +100,10 @@ WorkingMap::WorkingMap(const GridMap& map, const Found& found)
 }
 
 WorkingMap::WorkingMap(const GridMap& map, const Settings& settings) : WorkingMap(map) {
+    wall_threshold_ = settings.core.generate_denoised_alone.binary_make_binary.threshold;
     if (!settings.rooms.clear_clutter || all_floor_) return;
-    const double threshold = settings.core.generate_denoised_alone.binary_make_binary.threshold;
     const cv::Mat before = values_;
-    values_ = withoutClutter(before, threshold, settings.rooms);
+    values_ = withoutClutter(before, wall_threshold_, settings.rooms);
     if (resampling_.isIdentity()) {
         own_values_ = values_;
     } else {
@@ -113,6 +113,10 @@ WorkingMap::WorkingMap(const GridMap& map, const Settings& settings) : WorkingMa
         own_values_.setTo(0.0, cleared);
     }
     all_floor_ = !findIn(values_).other_than_floor;
+}
+
+cv::Mat WorkingMap::floor() const {
+    return values_ <= wall_threshold_;
 }
 
 WorkingMap::Framed WorkingMap::framed() const {

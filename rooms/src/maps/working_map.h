@@ -47,6 +47,9 @@ class WorkingMap {
 
     const Resampling& resampling() const { return resampling_; }
 
+    /// At the working resolution, `CV_8UC1`: 255 = floor, 0 = wall.
+    cv::Mat floor() const;
+
     /// The map's own pixels, without what was taken out of the rooms: `CV_32FC1`.
     const cv::Mat& ownValues() const { return own_values_; }
 
@@ -67,6 +70,7 @@ class WorkingMap {
     cv::Mat values_;  ///< At the working resolution.
     bool all_floor_;
     bool needs_rim_;
+    double wall_threshold_ = static_cast<double>(kWallThreshold);
 };
 
 }  // namespace vorund::rooms

@@ -25,11 +25,9 @@ struct Smallness {
     }
 };
 
-/// Larger regions are kept however narrow: corridors are. [m^2]
-constexpr double kAreaOfNarrowRooms = 5.0;
-
-/// A cupboard; and a gap that a robot, or a person, does not stand in. [m^2, m]
-constexpr Smallness kSpecks{1.0, kAreaOfNarrowRooms, 0.7};
+/// A cupboard; and a gap that a robot, or a person, does not stand in, unless it is as large as a
+/// corridor. [m^2, m^2, m]
+constexpr Smallness kSpecks{1.0, 5.0, 0.7};
 
 /// Smallest first, of equal ones that with the smaller label.
 using SmallRegions = std::set<std::pair<double, int>>;
@@ -109,11 +107,11 @@ void joinOpen(RegionTable& table, const RoomsConfig& config) {
 
 }  // namespace
 
-void mergeOpenPassages(Regions& regions, const RoomsConfig& config) {
-    RegionTable table(regions);
+void mergeOpenPassages(Regions& regions, const cv::Mat& floor, const RoomsConfig& config) {
+    RegionTable table(regions, floor);
     absorb(table, kSpecks);
     joinOpen(table, config);
-    absorb(table, {config.least_area, kAreaOfNarrowRooms, config.least_width});
+    absorb(table, {config.least_area, 0.0, 0.0});
     table.apply(regions.table);
 }
 

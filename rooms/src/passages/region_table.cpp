@@ -15,10 +15,11 @@ namespace vorund::rooms {
 namespace {
 
 /// Distances to the nearest wall; what lies outside the map counts as wall.
-cv::Mat distancesToWall(const cv::Mat& labels) {
+cv::Mat distancesToWall(const cv::Mat& labels, const cv::Mat& walls_and_floor) {
     cv::Mat floor(labels.rows + 2, labels.cols + 2, CV_8UC1, cv::Scalar(0));
     cv::Mat inner = floor(cv::Rect({1, 1}, labels.size()));
     cv::compare(labels, 0, inner, cv::CMP_NE);
+    inner &= walls_and_floor;
     cv::Mat distances;
     cv::distanceTransform(floor, distances, cv::DIST_L2, cv::DIST_MASK_PRECISE);
     return distances(cv::Rect({1, 1}, labels.size()));
@@ -51,13 +52,13 @@ double Region::width() const {
     return 2.0 * std::sqrt(static_cast<double>(clearance)) * kWorkingResolution;
 }
 
-RegionTable::RegionTable(const Regions& regions) {
+RegionTable::RegionTable(const Regions& regions, const cv::Mat& floor) {
     const RoomGraph& rooms = regions.table;
     for (const auto& [label, data] : rooms.graph.nodes()) regions_[label].area = data.area;
     std::vector<float> of_label(static_cast<std::size_t>(regions.label_count), 0.0F);
     std::vector<float> of_id(static_cast<std::size_t>(rooms.labels.cols - regions.label_count),
                              0.0F);
-    const cv::Mat distances = distancesToWall(regions.labels);
+    const cv::Mat distances = distancesToWall(regions.labels, floor);
     for (int row = 0; row < distances.rows; ++row) {
         const float* const distance = distances.ptr<float>(row);
         const std::int32_t* const label = regions.labels.ptr<std::int32_t>(row);

@@ -28,7 +28,8 @@ struct Region {
 /// brings the graph and what labels and borders have become in line.
 class RegionTable {
  public:
-    explicit RegionTable(const Regions& regions);
+    /// @param floor  `CV_8UC1`: 0 = wall, too, although a region may hold it.
+    RegionTable(const Regions& regions, const cv::Mat& floor);
 
     const std::map<int, Region>& regions() const { return regions_; }
 

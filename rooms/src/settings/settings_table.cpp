@@ -221,10 +221,10 @@ void addRooms(const Group<RoomsConfig>& group) {
     group.add("narrow_ratio", &RoomsConfig::narrow_ratio, number(0, 1));
     group.add("narrow_passage", &RoomsConfig::narrow_passage, number(0, kMostMetres));
     group.add("least_area", &RoomsConfig::least_area, number(0, kMostMetres));
-    group.add("least_width", &RoomsConfig::least_width, number(0, kMostMetres));
     group.add("clear_clutter", &RoomsConfig::clear_clutter, flag());
     group.add("loose_part", &RoomsConfig::loose_part, number(0, kMostMetres));
     group.add("loose_block", &RoomsConfig::loose_block, number(0, kMostMetres));
+    group.add("wall_line", &RoomsConfig::wall_line, number(0, 1));
     group.add("closed_floor", &RoomsConfig::closed_floor, number(0, kMostMetres));
 }
 

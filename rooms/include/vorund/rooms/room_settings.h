@@ -27,12 +27,12 @@ struct RoomsConfig {
     double narrow_ratio = 0.7;
     double narrow_passage = 1.25;  ///< As wide as a wide door. [m]
     double least_area = 2.0;       ///< Of a room. [m^2]
-    double least_width = 1.0;      ///< Of a room below 5 m^2. [m]
 
     /// Take out what stands free in rooms before they are looked for.
     bool clear_clutter = true;
     double loose_part = 2.0;    ///< Larger side of parts that nothing joins to the walls. [m]
     double loose_block = 2.5;   ///< The same for parts at least 0.5 m thick. [m]
+    double wall_line = 0.7;  ///< Loose parts stay where so much of 8 m along them is wall, 0 to 1.
     double closed_floor = 4.0;  ///< Enclosed floor below this area is no room. [m^2]
 };
 
