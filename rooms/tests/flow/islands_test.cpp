@@ -9,7 +9,9 @@
 #include <vector>
 
 #include "flow/merging.h"
+#include "flow/regions.h"
 #include "flow/separators.h"
+#include "reference/room_graph.h"
 #include "support/consistency.h"
 #include "support/label_grid.h"
 #include "support/mat_matchers.h"
@@ -19,7 +21,6 @@
 namespace vorund::rooms {
 namespace {
 
-using test::labels;
 using test::labels32;
 using test::MatEq;
 using ::testing::ElementsAre;
@@ -29,24 +30,27 @@ using ::testing::SizeIs;
 
 constexpr double kPixel = 0.05 * 0.05;  // [m^2]
 
-RoomGraph roomGraph(const cv::Mat& separated) {
-    test::RegionMap map = test::regionMap(separated, kLine);
-    return {map.segments, map.borders, map.border_ids, map.graph};
+/// @param separated  Of bytes or integers; left as it is.
+Regions regions(const cv::Mat& separated) {
+    cv::Mat copy;
+    separated.convertTo(copy, CV_32S);
+    return regionsOf(copy);
 }
 
-test::RegionMap regionMap(const RoomGraph& rooms) {
-    return {rooms.graph, rooms.labels, rooms.borders, rooms.border_ids};
+test::RegionMap regionMap(const Regions& rooms) {
+    const RoomGraph whole = wholeRoomGraph(rooms);
+    return {whole.graph, whole.labels, whole.borders, whole.border_ids};
 }
 
-std::set<int> nodesOf(const RoomGraph& rooms) {
+std::set<int> nodesOf(const Regions& rooms) {
     std::set<int> nodes;
-    for (const auto& node : rooms.graph.nodes()) nodes.insert(node.first);
+    for (const auto& node : rooms.table.graph.nodes()) nodes.insert(node.first);
     return nodes;
 }
 
 TEST(RemoveIslands, RemovesARoomThatIsTooSmallWithItsLines) {
-    RoomGraph rooms =
-        roomGraph(labels("1 1 1 . 4 255\n"
+    Regions rooms =
+        regions(labels32("1 1 1 . 4 255\n"
                          "1 1 1 . 4 255\n"
                          "1 1 1 . .  . "));
     const auto islands = removeIslands(rooms, 5.5 * kPixel);
@@ -60,7 +64,7 @@ TEST(RemoveIslands, RemovesARoomThatIsTooSmallWithItsLines) {
 }
 
 TEST(RemoveIslands, KeepsASmallRoomThatALineJoinsToALargeOne) {
-    RoomGraph rooms = roomGraph(labels("1 1 1 1 255 2"));
+    Regions rooms = regions(labels32("1 1 1 1 255 2"));
     const cv::Mat before = rooms.labels.clone();
     EXPECT_THAT(removeIslands(rooms, 4.5 * kPixel), IsEmpty());
     EXPECT_THAT(rooms.labels, MatEq(before));
@@ -69,24 +73,24 @@ TEST(RemoveIslands, KeepsASmallRoomThatALineJoinsToALargeOne) {
 
 TEST(RemoveIslands, JudgesRoomsThatAreJoinedTogether) {
     // 3 and 8 have four pixels together, 5 has three.
-    const cv::Mat image = labels(
+    const cv::Mat image = labels32(
         "1 1 1 1 1 . 5\n"
         ". . . . . . 5\n"
         "8 255 3 3 3 . 5");
-    RoomGraph rooms = roomGraph(image);
+    Regions rooms = regions(image);
     const auto islands = removeIslands(rooms, 3.5 * kPixel);
     EXPECT_THAT(nodesOf(rooms), ElementsAre(1, 3, 8));
     ASSERT_THAT(islands, SizeIs(1));
     EXPECT_EQ(islands[0].position, cv::Point(6, 0));
 
-    RoomGraph again = roomGraph(image);
+    Regions again = regions(image);
     const auto both = removeIslands(again, 4.5 * kPixel);
     EXPECT_THAT(nodesOf(again), ElementsAre(1));
     EXPECT_THAT(again.labels, MatEq(labels32("1 1 1 1 1 . .\n"
                                              ". . . . . . .\n"
                                              ". . . . . . .")));
     EXPECT_EQ(cv::countNonZero(again.borders), 0);
-    EXPECT_THAT(again.border_ids, IsEmpty());
+    EXPECT_THAT(again.table.border_ids, IsEmpty());
     // In the order of their smallest labels, 3 before 5, each at its first pixel.
     ASSERT_THAT(both, SizeIs(2));
     EXPECT_DOUBLE_EQ(both[0].area, 4 * kPixel);
@@ -96,8 +100,8 @@ TEST(RemoveIslands, JudgesRoomsThatAreJoinedTogether) {
 }
 
 TEST(RemoveIslands, KeepsASingleRoomThatIsExactlyAsLargeAsAsked) {
-    RoomGraph rooms = roomGraph(labels("1 1 1 1 . 2 2"));
-    const double two_pixels = rooms.graph.getNodeData(2).area;
+    Regions rooms = regions(labels32("1 1 1 1 . 2 2"));
+    const double two_pixels = rooms.table.graph.getNodeData(2).area;
     EXPECT_THAT(removeIslands(rooms, two_pixels), IsEmpty());
     EXPECT_THAT(nodesOf(rooms), ElementsAre(1, 2));
     EXPECT_THAT(removeIslands(rooms, two_pixels + 1e-9), SizeIs(1));
@@ -106,12 +110,13 @@ TEST(RemoveIslands, KeepsASingleRoomThatIsExactlyAsLargeAsAsked) {
 
 TEST(RemoveIslands, RemovesSeveralRoomsThatAreTogetherExactlyAsLargeAsAsked) {
     // Merging adds their areas in another order, which may round below.
-    const cv::Mat image = labels("1 1 1 1 . 2 255 3");
-    RoomGraph rooms = roomGraph(image);
-    const double two_pixels = rooms.graph.getNodeData(2).area + rooms.graph.getNodeData(3).area;
+    const cv::Mat image = labels32("1 1 1 1 . 2 255 3");
+    Regions rooms = regions(image);
+    const double two_pixels =
+        rooms.table.graph.getNodeData(2).area + rooms.table.graph.getNodeData(3).area;
     EXPECT_THAT(removeIslands(rooms, two_pixels), SizeIs(1));
     EXPECT_THAT(nodesOf(rooms), ElementsAre(1));
-    RoomGraph kept = roomGraph(image);
+    Regions kept = regions(image);
     EXPECT_THAT(removeIslands(kept, two_pixels - 2e-9), IsEmpty());
 }
 
@@ -125,10 +130,10 @@ TEST(RemoveIslands, RemovesWhatIsBelowAHundredthOfTheMap) {
         return image;
     };
     // 5 of 505 pixels are less than a hundredth, 5 of 495 are more.
-    RoomGraph small = roomGraph(mapWith(500));
+    Regions small = regions(mapWith(500));
     EXPECT_THAT(removeIslands(small, 0.0), SizeIs(1));
     EXPECT_THAT(nodesOf(small), ElementsAre(1));
-    RoomGraph large = roomGraph(mapWith(490));
+    Regions large = regions(mapWith(490));
     EXPECT_THAT(removeIslands(large, 0.0), IsEmpty());
     EXPECT_THAT(nodesOf(large), ElementsAre(1, 2));
 }
@@ -140,33 +145,33 @@ TEST(RemoveIslands, MeasuresAHundredthOfAllRoomsWithTheIslands) {
     image.row(24).colRange(0, 25).setTo(1);  // 985 pixels
     image.row(26).colRange(0, 9).setTo(2);
     image.row(28).colRange(0, 10).setTo(3);
-    RoomGraph rooms = roomGraph(image);
+    Regions rooms = regions(image);
     EXPECT_THAT(removeIslands(rooms, 0.0), SizeIs(2));
     EXPECT_THAT(nodesOf(rooms), ElementsAre(1));
 }
 
 TEST(RemoveIslands, MayLeaveNothing) {
-    RoomGraph rooms = roomGraph(labels("1 1 255 2 . 7"));
+    Regions rooms = regions(labels32("1 1 255 2 . 7"));
     const auto islands = removeIslands(rooms, 1.0);
     EXPECT_THAT(islands, SizeIs(2));
     EXPECT_THAT(rooms.labels, MatEq(labels32(". . . . . .")));
     EXPECT_THAT(rooms.borders, MatEq(labels32(". . . . . .")));
-    EXPECT_THAT(rooms.graph.nodes(), IsEmpty());
-    EXPECT_THAT(rooms.graph.edges(), IsEmpty());
-    EXPECT_THAT(rooms.border_ids, IsEmpty());
+    EXPECT_THAT(rooms.table.graph.nodes(), IsEmpty());
+    EXPECT_THAT(rooms.table.graph.edges(), IsEmpty());
+    EXPECT_THAT(rooms.table.border_ids, IsEmpty());
     EXPECT_THAT(removeIslands(rooms, 1.0), IsEmpty()) << "a map without rooms";
 }
 
 TEST(RemoveIslands, KeepsTheOnlyRoomWhateverItsSizeIfNoThresholdIsSet) {
-    RoomGraph rooms = roomGraph(labels(". 5 ."));
+    Regions rooms = regions(labels32(". 5 ."));
     EXPECT_THAT(removeIslands(rooms, 0.0), IsEmpty());
     EXPECT_THAT(rooms.labels, MatEq(labels32(". 5 .")));
 }
 
 TEST(RemoveIslands, KeepsTheLinesThatTouchNothingRemoved) {
     // The line of 1 and 2 ends beside the removed 9; unreached floor further away stays too.
-    RoomGraph rooms =
-        roomGraph(labels("1 1 255 2 2 .\n"
+    Regions rooms =
+        regions(labels32("1 1 255 2 2 .\n"
                          "1 1 255 2 2 .\n"
                          "1 1 255 2 2 .\n"
                          ".  .  .  . . 9\n"
@@ -182,13 +187,13 @@ TEST(RemoveIslands, KeepsTheLinesThatTouchNothingRemoved) {
                                               ". . 1 . . .\n"
                                               ". . . . . .\n"
                                               ". . . . . .")));
-    EXPECT_THAT(rooms.border_ids, ElementsAre(Pair(Edge(1, 2), 1)));
+    EXPECT_THAT(rooms.table.border_ids, ElementsAre(Pair(Edge(1, 2), 1)));
 }
 
 TEST(RemoveIslands, TakesAJunctionAwayWithTheIslandThatTouchesNothingElse) {
     // 3 shares no border with 4 or 5, only the pixel at which all meet.
-    RoomGraph rooms =
-        roomGraph(drawSeparators(labels("5 5 4 4\n"
+    Regions rooms =
+        regions(drawSeparators(labels32("5 5 4 4\n"
                                         "5 5 4 4\n"
                                         ". 5 4 .\n"
                                         ". 3 . .")));
@@ -197,7 +202,7 @@ TEST(RemoveIslands, TakesAJunctionAwayWithTheIslandThatTouchesNothingElse) {
                                              "5 255 4 4\n"
                                              ".  .  4 .\n"
                                              ".  .  . .")));
-    EXPECT_DOUBLE_EQ(rooms.graph.getEdgeData(4, 5).length, 0.1);
+    EXPECT_DOUBLE_EQ(rooms.table.graph.getEdgeData(4, 5).length, 0.1);
 }
 
 class MergedWithoutIslands : public ::testing::TestWithParam<int> {};
@@ -207,19 +212,31 @@ TEST_P(MergedWithoutIslands, KeepsImagesGraphAndIdsTogetherAndNeverThrows) {
     for (int run = 0; run < 12; ++run) {
         const cv::Size size(8 + random.below(60), 8 + random.below(60));
         // Few enough rooms for the ids of their borders.
-        const cv::Mat image = run % 2 == 0
-                                  ? test::roomImage(random, size, 1 + random.below(40))
-                                  : drawSeparators(random.patches(size, 1 + random.below(20), 0));
-        RoomGraph rooms = roomGraph(image);
-        ASSERT_LE(rooms.border_ids.size(), 255U);
+        const cv::Mat image =
+            run % 2 == 0 ? test::roomImage(random, size, 1 + random.below(40))
+                         : reference::separated(random.patches(size, 1 + random.below(20), 0));
+        Regions rooms = regions(image);
+        ASSERT_LE(rooms.table.border_ids.size(), 255U);
         Config config;
         config.merge_nodes_in_place.area_threshold = kPixel * random.below(300);
         config.merge_edges_in_place.length_threshold = 0.05 * random.below(30);
 
         double removed = 0.0;
         const double before = test::regionTotals(regionMap(rooms), kLine).area;
-        for (const RemovedIsland& island :
-             removeIslands(rooms, config.merge_nodes_in_place.area_threshold)) {
+        reference::MergeState expected = reference::roomGraph(image);
+        const auto expected_islands =
+            reference::removeIslands(expected, config.merge_nodes_in_place.area_threshold);
+        const auto islands = removeIslands(rooms, config.merge_nodes_in_place.area_threshold);
+        ASSERT_THAT(islands, SizeIs(expected_islands.size()));
+        for (std::size_t i = 0; i < islands.size(); ++i) {
+            EXPECT_EQ(islands[i].area, expected_islands[i].area);
+            EXPECT_EQ(islands[i].position, expected_islands[i].position);
+        }
+        EXPECT_THAT(wholeRoomGraph(rooms).labels, MatEq(expected.segments));
+        EXPECT_THAT(wholeRoomGraph(rooms).borders, MatEq(expected.borders));
+        EXPECT_EQ(rooms.table.border_ids, expected.border_ids);
+        EXPECT_EQ(reference::regionGraph(rooms.table.graph), expected.graph);
+        for (const RemovedIsland& island : islands) {
             EXPECT_NE(image.at<std::uint8_t>(island.position) % 255, 0);
             EXPECT_EQ(rooms.labels.at<std::int32_t>(island.position), 0);
             removed += island.area;
@@ -229,15 +246,18 @@ TEST_P(MergedWithoutIslands, KeepsImagesGraphAndIdsTogetherAndNeverThrows) {
         EXPECT_TRUE(test::isConsistent(regionMap(rooms), kLine, totals));
 
         std::vector<std::string> passes;
-        ASSERT_NO_THROW(mergeBySizeAndBorderLength(rooms, config, [&](const std::string& pass) {
-            passes.push_back(pass);
-            EXPECT_TRUE(test::isConsistent(regionMap(rooms), kLine, totals)) << pass;
-        })) << image;
+        ASSERT_NO_THROW(mergeBySizeAndBorderLength(
+            rooms.table, config,
+            [&](const std::string& pass) {
+                passes.push_back(pass);
+                EXPECT_TRUE(test::isConsistent(regionMap(rooms), kLine, totals)) << pass;
+            }))
+            << image;
         EXPECT_THAT(passes, ElementsAre("merge-nodes", "merge-edges"));
-        for (const auto& [edge, data] : rooms.graph.edges()) {
+        for (const auto& [edge, data] : rooms.table.graph.edges()) {
             EXPECT_LE(data.length, config.merge_edges_in_place.length_threshold + 1e-9);
         }
-        for (const auto& [label, data] : rooms.graph.nodes()) {
+        for (const auto& [label, data] : rooms.table.graph.nodes()) {
             EXPECT_GE(data.area, config.merge_nodes_in_place.area_threshold - 1e-9);
         }
     }
@@ -268,9 +288,9 @@ TEST(MergeBySizeAndBorderLength, NeverMeetsAnIslandThatIsAHundredthOfTheMapButFo
     config.merge_nodes_in_place.area_threshold = 2.5 * kPixel;
     const std::array<std::array<int, 3>, 2> cases{{{78, 307, 108}, {264, 178, 51}}};
     for (const auto& pixels : cases) {
-        RoomGraph rooms = roomGraph(rowOfRooms(pixels, 5));
+        Regions rooms = regions(rowOfRooms(pixels, 5));
         removeIslands(rooms, config.merge_nodes_in_place.area_threshold);
-        EXPECT_NO_THROW(mergeBySizeAndBorderLength(rooms, config, [](const std::string&) {}));
+        EXPECT_NO_THROW(mergeBySizeAndBorderLength(rooms.table, config, [](const std::string&) {}));
         EXPECT_EQ(nodesOf(rooms).count(4), 0U);
     }
 }

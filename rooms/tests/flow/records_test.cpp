@@ -8,12 +8,16 @@
 #include <string>
 #include <vector>
 
+#include "reference/records.h"
+#include "reference/room_graph.h"
 #include "support/label_grid.h"
 #include "support/mat_matchers.h"
+#include "support/random_images.h"
 
 namespace vorund::rooms {
 namespace {
 
+using test::labels;
 using test::labels32;
 using test::MatEq;
 using ::testing::ElementsAre;
@@ -75,6 +79,45 @@ TEST(FillRecords, MeasuresRooms) {
     EXPECT_EQ(rooms.rooms[0].position.pixel, cv::Point2d(1, 1));
     EXPECT_EQ(rooms.rooms[1].pixel_count, 1);
     EXPECT_EQ(rooms.rooms[1].box, cv::Rect(3, 2, 1, 1));
+}
+
+TEST(FillRecords, DrawsTheLinesOfTheNewNumbers) {
+    // 9, 2 and 4 become 1, 2 and 3: the line is the greater number's.
+    EXPECT_THAT(filled(found("9 9 2 2\n"
+                             "9 4 4 2"))
+                    .lines,
+                MatEq(labels(". . 255 .\n"
+                             ". 255 255 .")));
+}
+
+cv::Rect boxOf(const cv::Mat& mask) {
+    std::vector<cv::Point> pixels;
+    cv::findNonZero(mask, pixels);
+    cv::Rect box;
+    for (const cv::Point& pixel : pixels) box |= cv::Rect(pixel.x, pixel.y, 1, 1);
+    return box;
+}
+
+TEST(FillRecords, AgreesWithThePlainVersions) {
+    test::RandomImages random(11);
+    for (int run = 0; run < 40; ++run) {
+        const cv::Size size(1 + random.below(120), 1 + random.below(60));
+        cv::Mat labels;
+        random.patches(size, 1 + random.below(20), 0).convertTo(labels, CV_32S, 1000.0);
+        cv::Mat numbered = labels.clone();
+        reference::numberInPlace(numbered);
+        const Rooms rooms = filled({labels, {}, {}, {}, 1.0});
+        ASSERT_THAT(rooms.labels, MatEq(numbered));
+        EXPECT_THAT(rooms.lines, MatEq(reference::linesBetween(rooms.labels)));
+        const auto widest = reference::widestPixels(rooms.labels);
+        ASSERT_EQ(rooms.rooms.size(), widest.size());
+        for (const Room& room : rooms.rooms) {
+            const cv::Mat mask = rooms.labels == room.label;
+            EXPECT_EQ(room.pixel_count, cv::countNonZero(mask));
+            EXPECT_EQ(room.box, boxOf(mask));
+            EXPECT_EQ(cv::Point(room.position.pixel), widest.at(room.label));
+        }
+    }
 }
 
 TEST(FillRecords, BoxesHoldAllPiecesOfARoom) {

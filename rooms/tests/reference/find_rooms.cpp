@@ -1,11 +1,11 @@
 #include "reference/find_rooms.h"
 
 #include <algorithm>
-#include <map>
 #include <opencv2/imgproc.hpp>
 #include <stdexcept>
 
 #include "reference/floorplan_segmenter.h"
+#include "reference/records.h"
 
 namespace vorund::reference {
 namespace {
@@ -17,17 +17,6 @@ bool hasFloorAtTheEdge(const cv::Mat& map) {
     return cv::countNonZero(floor.row(0)) + cv::countNonZero(floor.row(floor.rows - 1)) +
                cv::countNonZero(floor.col(0)) + cv::countNonZero(floor.col(floor.cols - 1)) >
            0;
-}
-
-void numberInPlace(cv::Mat& labels, std::map<int, int>& numbers) {
-    numbers = {{0, 0}};
-    for (int row = 0; row < labels.rows; ++row) {
-        for (int col = 0; col < labels.cols; ++col) {
-            int& label = labels.at<int>(row, col);
-            const int next = static_cast<int>(numbers.size());
-            label = numbers.emplace(label, next).first->second;
-        }
-    }
 }
 
 }  // namespace
@@ -55,7 +44,7 @@ PlainRooms findRooms(const cv::Mat& map, const rooms::Settings& settings) {
     rooms.cuts = cutsOf(rooms.merged);
     rooms.labels = withLinePixels(rooms.segmented, rooms.merged.segments);
     if (settings.rooms.straight_borders) straightenBorders(rooms.labels, rooms.cuts);
-    numberInPlace(rooms.labels, rooms.numbers);
+    rooms.numbers = numberInPlace(rooms.labels);
     return rooms;
 }
 

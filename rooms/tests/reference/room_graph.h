@@ -16,7 +16,8 @@ constexpr int kLine = 255;
 /// @param labels  `CV_32SC1`, 0 = no room.
 cv::Mat linesBetween(const cv::Mat& labels);
 
-/// The label image of the pipeline, `CV_8UC1`, with those lines drawn into it.
+/// The label image of the pipeline with those lines drawn into it.
+/// @param segmented  `CV_8UC1` or `CV_32SC1`, 255 = unreached.
 cv::Mat separated(const cv::Mat& segmented);
 
 /// As `mergeState`, in two passes over the image instead of a search for every question, so that
