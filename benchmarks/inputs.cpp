@@ -7,13 +7,11 @@
 #include <stdexcept>
 #include <utility>
 
-#include "flow/merging.h"
 #include "flow/separators.h"
 #include "reference/image_utils.h"
 #include "reference/seeds.h"
 #include "support/varied_plans.h"
 #include "vorund/floorplan_segmenter.h"
-#include "vorund/graph_processor.h"
 #include "vorund/over_segment_processor.h"
 #include "vorund/ridge_filter.h"
 #include "vorund/rooms/segment_map.h"
@@ -73,19 +71,6 @@ cv::Mat fillSeeds(const Tile& tile, const Config& config) {
     return seeds;
 }
 
-/// The rooms before islands and merging and after.
-void addRooms(Tile& tile, const Config& config) {
-    const cv::Mat separated = rooms::drawSeparators(tile.segmented);
-    const auto found = GraphProcessor::findGraphRepresentation(separated, rooms::kLine);
-    tile.found.graph = found.graph;
-    tile.found.border_ids = found.border_ids;
-    separated.convertTo(tile.found.labels, CV_32S);
-    found.borders_map.convertTo(tile.found.borders, CV_32S);
-    tile.merged = copyOf(tile.found);
-    tile.islands = rooms::removeIslands(tile.merged, config.merge_nodes_in_place.area_threshold);
-    rooms::mergeBySizeAndBorderLength(tile.merged, config, [](const std::string&) {});
-}
-
 Tile makeTile(int side, Kind kind) {
     const Config config = settingsOf(kind).core;
     Tile tile;
@@ -99,32 +84,7 @@ Tile makeTile(int side, Kind kind) {
     tile.fill_seeds = fillSeeds(tile, config);
     FloorplanSegmenter segmenter(config, Debugger::create({}));
     tile.segmented = rooms::segmentMap(tile.map, segmenter);
-    addRooms(tile, config);
     return tile;
-}
-
-/// Adds to all values but 0 and `kept`.
-cv::Mat raised(const cv::Mat& image, int by, int kept) {
-    cv::Mat result = image.clone();
-    cv::add(image, cv::Scalar(by), result, (image != 0) & (image != kept));
-    return result;
-}
-
-void addTile(const rooms::RoomGraph& tile, int number, const cv::Point& corner,
-             rooms::RoomGraph& all) {
-    const int by = number * kLabelsPerTile;
-    const cv::Rect place(corner, tile.labels.size());
-    raised(tile.labels, by, rooms::kLine).copyTo(all.labels(place));
-    raised(tile.borders, by, 0).copyTo(all.borders(place));
-    for (const auto& [label, data] : tile.graph.nodes()) {
-        all.graph.addNode(label + by, {data.area, data.position + corner});
-    }
-    for (const auto& [edge, data] : tile.graph.edges()) {
-        all.graph.addEdge(edge.first + by, edge.second + by, data);
-    }
-    for (const auto& [edge, id] : tile.border_ids) {
-        all.border_ids.emplace(Edge(edge.first + by, edge.second + by), id + by);
-    }
 }
 
 }  // namespace
@@ -172,21 +132,19 @@ cv::Mat enlarged(const cv::Mat& image, int side) {
     return across == 1 ? image : cv::repeat(image, across, across);
 }
 
-rooms::RoomGraph enlarged(const rooms::RoomGraph& rooms, int side) {
+cv::Mat regionsOfMap(int side, Kind kind) {
     const int across = tilesAcross(side);
-    const cv::Size tile = rooms.labels.size();
-    rooms::RoomGraph all;
-    all.labels.create(tile.height * across, tile.width * across, CV_32SC1);
-    all.borders.create(all.labels.size(), CV_32SC1);
+    cv::Mat tile;
+    tileOf(side, kind).segmented.convertTo(tile, CV_32S);
+    const cv::Mat has_room = (tile != 0) & (tile != rooms::kLine);
+    cv::Mat regions(tile.size() * across, CV_32SC1);
     for (int number = 0; number < across * across; ++number) {
-        const cv::Point corner(number % across * tile.width, number / across * tile.height);
-        addTile(rooms, number, corner, all);
+        const cv::Point corner(number % across * tile.cols, number / across * tile.rows);
+        cv::Mat part = regions(cv::Rect(corner, tile.size()));
+        tile.copyTo(part);
+        cv::add(part, cv::Scalar(number * kLabelsPerTile), part, has_room);
     }
-    return all;
-}
-
-rooms::RoomGraph copyOf(const rooms::RoomGraph& rooms) {
-    return {rooms.labels.clone(), rooms.borders.clone(), rooms.border_ids, rooms.graph};
+    return regions;
 }
 
 void beQuietAndSingleThreaded() {

@@ -6,8 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "flow/islands.h"
-#include "vorund/rooms/find_rooms.h"
 #include "vorund/rooms/grid_map.h"
 #include "vorund/rooms/room_settings.h"
 
@@ -39,11 +37,8 @@ struct Tile {
     std::vector<double> sigmas;
     std::vector<cv::Mat> seed_maps;  ///< Numbered, as they are followed.
     cv::Mat markers;
-    cv::Mat fill_seeds;      ///< `CV_32SC1`: of the second flood.
-    cv::Mat segmented;       ///< `CV_8UC1`, the map's size.
-    rooms::RoomGraph found;  ///< Before islands and merging.
-    rooms::RoomGraph merged;
-    std::vector<rooms::RemovedIsland> islands;
+    cv::Mat fill_seeds;  ///< `CV_32SC1`: of the second flood.
+    cv::Mat segmented;   ///< `CV_8UC1`, the map's size.
 };
 
 /// The tile of maps of that side. It is made once.
@@ -56,11 +51,8 @@ int tilesAcross(int side);
 /// An image of the tile as it is for a map of that side.
 cv::Mat enlarged(const cv::Mat& image, int side);
 
-/// Likewise, with labels, ids and nodes of their own for every tile.
-rooms::RoomGraph enlarged(const rooms::RoomGraph& rooms, int side);
-
-/// A copy whose images are its own.
-rooms::RoomGraph copyOf(const rooms::RoomGraph& rooms);
+/// `segmented` likewise, `CV_32SC1`, with labels of their own for every tile.
+cv::Mat regionsOfMap(int side, Kind kind);
 
 /// Keeps the libraries from saying anything, and OpenCV to one thread.
 void beQuietAndSingleThreaded();

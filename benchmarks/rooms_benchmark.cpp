@@ -2,17 +2,18 @@
 
 #include <memory>
 #include <stdexcept>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "flow/cuts.h"
 #include "flow/islands.h"
-#include "flow/line_pixels.h"
 #include "flow/merging.h"
 #include "flow/records.h"
-#include "flow/separators.h"
+#include "flow/regions.h"
 #include "reference/find_rooms.h"
 #include "stage.h"
-#include "vorund/graph_processor.h"
+#include "vorund/rooms/find_rooms.h"
 
 namespace vorund::bench {
 namespace {
@@ -20,18 +21,34 @@ namespace {
 constexpr int kMostOf8Bits = 1000;  // Side of a map of at most 254 rooms.
 
 using reference::MergeState;
+using rooms::Regions;
+using rooms::RemovedIsland;
 using rooms::RoomGraph;
 
+std::vector<RemovedIsland> merge(Regions& regions, const Config& config) {
+    std::vector<RemovedIsland> islands =
+        rooms::removeIslands(regions, config.merge_nodes_in_place.area_threshold);
+    rooms::mergeBySizeAndBorderLength(regions.table, config, [](const std::string&) {});
+    return islands;
+}
+
+/// A copy whose images are its own.
+Regions copyOf(const Regions& regions) {
+    Regions copy = regions;
+    for (cv::Mat* image : {&copy.labels, &copy.borders, &copy.table.labels, &copy.table.borders}) {
+        *image = image->clone();
+    }
+    return copy;
+}
+
+/// What the plain versions hold.
+void requireFew(int side) {
+    if (side > kMostOf8Bits) throw std::runtime_error("more rooms than the plain version holds");
+}
+
 Work graph(int side, Kind kind) {
-    const cv::Mat labels = enlarged(tileOf(side, kind).segmented, side);
-    return {[=] {
-                const cv::Mat separated = rooms::drawSeparators(labels);
-                const auto found = GraphProcessor::findGraphRepresentation(separated, rooms::kLine);
-                RoomGraph result;
-                separated.convertTo(result.labels, CV_32S);
-                found.borders_map.convertTo(result.borders, CV_32S);
-            },
-            {}};
+    const cv::Mat labels = regionsOfMap(side, kind);
+    return {[=] { rooms::separate(labels); }, {}};
 }
 
 Work graphPlainly(int side, Kind kind) {
@@ -41,22 +58,23 @@ Work graphPlainly(int side, Kind kind) {
 
 Work merging(int side, Kind kind) {
     const Config config = settingsOf(kind).core;
-    const RoomGraph found = enlarged(tileOf(side, kind).found, side);
-    const auto rooms = std::make_shared<RoomGraph>();
+    const Regions found = rooms::separate(regionsOfMap(side, kind));
+    const auto regions = std::make_shared<Regions>();
     return {[=] {
-                rooms::removeIslands(*rooms, config.merge_nodes_in_place.area_threshold);
-                rooms::mergeBySizeAndBorderLength(*rooms, config, [](const std::string&) {});
+                merge(*regions, config);
+                rooms::writeTable(*regions);
             },
-            [=] { *rooms = copyOf(found); }};
+            [=] { *regions = copyOf(found); }};
 }
 
 MergeState stateOf(const RoomGraph& rooms) {
-    return {reference::regionGraph(rooms.graph), rooms.labels, rooms.borders, rooms.border_ids};
+    return {reference::regionGraph(rooms.graph), rooms.labels.clone(), rooms.borders.clone(),
+            rooms.border_ids};
 }
 
 Work mergingPlainly(int side, Kind kind) {
     const Config config = settingsOf(kind).core;
-    const RoomGraph found = enlarged(tileOf(side, kind).found, side);
+    const RoomGraph found = rooms::wholeRoomGraph(rooms::separate(regionsOfMap(side, kind)));
     const auto rooms = std::make_shared<MergeState>();
     return {[=] {
                 reference::removeIslands(*rooms, config.merge_nodes_in_place.area_threshold);
@@ -64,39 +82,40 @@ Work mergingPlainly(int side, Kind kind) {
                 reference::mergeAcrossLongBorders(*rooms,
                                                   config.merge_edges_in_place.length_threshold);
             },
-            [=] { *rooms = stateOf(copyOf(found)); }};
+            [=] { *rooms = stateOf(found); }};
 }
 
-/// With the labels of one tile in all of them: cuts are found in 8-bit images.
 RoomGraph mergedRooms(int side, Kind kind) {
-    const RoomGraph& tile = tileOf(side, kind).merged;
-    return {enlarged(tile.labels, side), enlarged(tile.borders, side), tile.border_ids, tile.graph};
+    Regions regions = rooms::separate(regionsOfMap(side, kind));
+    merge(regions, settingsOf(kind).core);
+    return rooms::wholeRoomGraph(regions);
 }
 
 Work cuts(int side, Kind kind) {
     const RoomGraph merged = mergedRooms(side, kind);
-    return {[=] { rooms::findCuts(merged, nullptr); }, {}};
+    return {[=] { rooms::findCuts(merged); }, {}};
 }
 
 Work cutsPlainly(int side, Kind kind) {
+    requireFew(side);
     const MergeState merged = stateOf(mergedRooms(side, kind));
     return {[=] { reference::cutsOf(merged); }, {}};
 }
 
+/// From the merged rooms' table to all that is told of them.
 Work records(int side, Kind kind) {
-    const Tile& tile = tileOf(side, kind);
-    const cv::Mat segmented = enlarged(tile.segmented, side);
-    const RoomGraph merged = mergedRooms(side, kind);
-    const rooms::Cuts found_cuts = rooms::findCuts(tile.merged, nullptr);
-    const std::vector<rooms::RemovedIsland> islands = tile.islands;
-    return {[=] {
-                rooms::Rooms result;
-                rooms::fillRecords({rooms::assignLinePixels(segmented, merged.labels), merged.graph,
-                                    found_cuts, islands, 1.0},
-                                   result);
-                result.lines = rooms::linesBetween(result.labels);
-            },
-            {}};
+    const cv::Mat segmented = regionsOfMap(side, kind);
+    Regions regions = rooms::separate(segmented);
+    const std::vector<RemovedIsland> islands = merge(regions, settingsOf(kind).core);
+    const rooms::Cuts found_cuts = rooms::findCuts(rooms::wholeRoomGraph(regions));
+    const auto labels = std::make_shared<cv::Mat>();
+    return {
+        [=] {
+            rooms::rename(*labels, rooms::successorsOf(regions));
+            rooms::Rooms result;
+            rooms::fillRecords({*labels, regions.table.graph, found_cuts, islands, 1.0}, result);
+        },
+        [=] { *labels = segmented.clone(); }};
 }
 
 Work whole(int side, Kind kind) {
@@ -106,7 +125,7 @@ Work whole(int side, Kind kind) {
 }
 
 Work wholePlainly(int side, Kind kind) {
-    if (side > kMostOf8Bits) throw std::runtime_error("more rooms than the plain version holds");
+    requireFew(side);
     const rooms::GridMap map = mapOf(side);
     const rooms::Settings settings = settingsOf(kind);
     return {[=] { reference::findRooms(map.values, settings); }, {}};
