@@ -127,6 +127,35 @@ TEST(StraightenBorders, LeavesRoomsThatWouldLoseMostOfThemselves) {
     EXPECT_THAT(rooms, MatEq(before));
 }
 
+TEST(StraightenBorders, GivesAPieceThatIsHalfOfEachToTheSmallerLabel) {
+    cv::Mat rooms = labels32(
+        "1 1 1 2 2 2\n"
+        "1 1 1 2 2 2\n"
+        ". . . . . .\n"
+        ". 1 2 . . .");
+    straightenBorders(rooms, {{Edge(1, 2), lineFrom({3.0F, 0.0F}, {3.0F, 1.0F})}});
+    EXPECT_THAT(rooms, MatEq(labels32("1 1 1 2 2 2\n"
+                                      "1 1 1 2 2 2\n"
+                                      ". . . . . .\n"
+                                      ". 1 1 . . .")));
+}
+
+TEST(StraightenBorders, CountsWhatARoomHasJustGrownBy) {
+    // In the uppermost row, 25 pixels of 1 and an arm of 2, which has more of itself further down.
+    cv::Mat rooms(5, 35, CV_32SC1, cv::Scalar(0));
+    rooms(cv::Rect(0, 0, 25, 1)) = 1;
+    rooms(cv::Rect(25, 0, 10, 1)) = 2;
+    rooms(cv::Rect(17, 1, 8, 2)) = 3;
+    rooms(cv::Rect(0, 4, 12, 1)) = 2;
+    cv::Mat expected = rooms.clone();
+    expected.row(0) = 1;
+    // The first cut leaves the whole row to 1. The second one, through column 15, has 16 pixels of
+    // 3 at its right, but 19 of 1 with the arm: it parts nothing.
+    straightenBorders(rooms, {{Edge(1, 2), lineFrom({0.0F, 4.0F}, {0.0F, 4.0F})},
+                              {Edge(1, 3), lineFrom({15.0F, 0.0F}, {15.0F, 0.0F})}});
+    EXPECT_THAT(rooms, MatEq(expected));
+}
+
 TEST(StraightenBorders, PartsTheFloorAlongADiagonalCut) {
     // Steps up and sideways: no way from corner to corner leads through.
     cv::Mat rooms = labels32(
