@@ -114,6 +114,16 @@ rooms:
   straight_borders: true
   blocks: always
   block_pixels: 123456
+  merging: passes
+  open_ratio: 0.25
+  narrow_ratio: 0.375
+  narrow_passage: 1.125
+  least_area: 2.25
+  clear_clutter: false
+  loose_part: 1.5
+  loose_block: 1.625
+  wall_line: 0.875
+  closed_floor: 4.5
 )";
 
 Config changedConfig() {
@@ -155,7 +165,22 @@ Config changedConfig() {
 }
 
 Settings changedSettings() {
-    return {changedConfig(), {0.25, true, "always", 123456}};
+    RoomsConfig rooms;
+    rooms.simplify = 0.25;
+    rooms.straight_borders = true;
+    rooms.blocks = "always";
+    rooms.block_pixels = 123456;
+    rooms.merging = "passes";
+    rooms.open_ratio = 0.25;
+    rooms.narrow_ratio = 0.375;
+    rooms.narrow_passage = 1.125;
+    rooms.least_area = 2.25;
+    rooms.clear_clutter = false;
+    rooms.loose_part = 1.5;
+    rooms.loose_block = 1.625;
+    rooms.wall_line = 0.875;
+    rooms.closed_floor = 4.5;
+    return {changedConfig(), rooms};
 }
 
 using Keys = std::vector<std::string>;
@@ -678,6 +703,16 @@ std::vector<Range> stages() {
         flag("rooms/straight_borders"),
         {"rooms/blocks", {"auto", "always"}, {"", "~", "never", "Auto", "1"}},
         whole("rooms/block_pixels", {"40000", "64000000"}, {"0", "39999", "64000001"}),
+        {"rooms/merging", {"passages", "passes"}, {"", "~", "none", "Passes", "1"}},
+        real("rooms/open_ratio", {"0", "1"}, {"1.01"}),
+        real("rooms/narrow_ratio", {"0", "1"}, {"1.01"}),
+        real("rooms/narrow_passage", {"0", "1e6"}, {"1000000.1"}),
+        real("rooms/least_area", {"0", "1e6"}, {"1000000.1"}),
+        flag("rooms/clear_clutter"),
+        real("rooms/loose_part", {"0", "1e6"}, {"1000000.1"}),
+        real("rooms/loose_block", {"0", "1e6"}, {"1000000.1"}),
+        real("rooms/wall_line", {"0", "1"}, {"1.01"}),
+        real("rooms/closed_floor", {"0", "1e6"}, {"1000000.1"}),
     };
 }
 

@@ -112,7 +112,7 @@ void mergeOpenPassages(Regions& regions, const cv::Mat& floor, const RoomsConfig
     absorb(table, kSpecks);
     joinOpen(table, config);
     absorb(table, {config.least_area, 0.0, 0.0});
-    table.apply(regions.table);
+    table.apply(regions);
 }
 
 }  // namespace vorund::rooms

@@ -117,46 +117,14 @@ int RegionTable::survivor(int label) const {
     return label;
 }
 
-void RegionTable::apply(RoomGraph& rooms) const {
-    // Borders: that of the smallest id stands for all between the same two.
-    BorderIds ids;
-    std::vector<std::pair<int, int>> of_id;  // Per id: its new id or 0, and the label it then gets.
-    for (const auto& [edge, id] : rooms.border_ids) {
-        of_id.resize(std::max(of_id.size(), static_cast<std::size_t>(id) + 1), {0, 0});
-        const Edge now(survivor(edge.first), survivor(edge.second));
-        if (now.first == now.second) {
-            of_id[static_cast<std::size_t>(id)] = {0, now.first};
-            continue;
-        }
-        const auto known = ids.emplace(now, id).first;
-        known->second = std::min(known->second, id);
-    }
-    for (const auto& [edge, id] : rooms.border_ids) {
-        const auto now = ids.find(Edge(survivor(edge.first), survivor(edge.second)));
-        if (now != ids.end()) of_id[static_cast<std::size_t>(id)] = {now->second, kLine};
-    }
-
-    std::map<int, int> renamed;
-    for (const auto& [label, data] : rooms.graph.nodes()) renamed[label] = survivor(label);
-    std::vector<int> name(renamed.empty() ? 1
-                                          : static_cast<std::size_t>(renamed.rbegin()->first) + 1);
-    for (std::size_t i = 0; i < name.size(); ++i) name[i] = static_cast<int>(i);
-    for (const auto& [label, now] : renamed) name[static_cast<std::size_t>(label)] = now;
-    for (int row = 0; row < rooms.labels.rows; ++row) {
-        std::int32_t* const label = rooms.labels.ptr<std::int32_t>(row);
-        std::int32_t* const id = rooms.borders.ptr<std::int32_t>(row);
-        for (int col = 0; col < rooms.labels.cols; ++col) {
-            if (id[col] != 0) {
-                std::tie(id[col], label[col]) = of_id[static_cast<std::size_t>(id[col])];
-            } else if (static_cast<std::size_t>(label[col]) < name.size()) {
-                label[col] = name[static_cast<std::size_t>(label[col])];
-            }
-        }
-    }
+void RegionTable::apply(Regions& regions) const {
+    RoomGraph& rooms = regions.table;
+    renameLabels(regions);
+    mergeBorders(regions);
 
     std::map<int, NodeData> nodes;
     for (const auto& [label, data] : rooms.graph.nodes()) {
-        const auto [node, is_new] = nodes.emplace(renamed.at(label), data);
+        const auto [node, is_new] = nodes.emplace(survivor(label), data);
         if (!is_new) node->second = together(node->second, data);
     }
     Graph graph;
@@ -167,7 +135,33 @@ void RegionTable::apply(RoomGraph& rooms) const {
         }
     }
     rooms.graph = std::move(graph);
-    rooms.border_ids = std::move(ids);
+}
+
+void RegionTable::renameLabels(Regions& regions) const {
+    std::int32_t* const label = regions.table.labels.ptr<std::int32_t>(0);
+    for (int i = 0; i < regions.label_count; ++i) label[i] = survivor(label[i]);
+}
+
+void RegionTable::mergeBorders(Regions& regions) const {
+    std::int32_t* const label = regions.table.labels.ptr<std::int32_t>(0) + regions.label_count;
+    std::int32_t* const border = regions.table.borders.ptr<std::int32_t>(0) + regions.label_count;
+    // That of the smallest id stands for all between the same two.
+    BorderIds ids;
+    for (const auto& [edge, id] : regions.table.border_ids) {
+        const Edge now(survivor(edge.first), survivor(edge.second));
+        if (now.first == now.second) {
+            label[id] = now.first;
+            border[id] = 0;
+        } else {
+            int& kept = ids.emplace(now, id).first->second;
+            kept = std::min(kept, id);
+        }
+    }
+    for (const auto& [edge, id] : regions.table.border_ids) {
+        const auto now = ids.find(Edge(survivor(edge.first), survivor(edge.second)));
+        if (now != ids.end()) border[id] = now->second;
+    }
+    regions.table.border_ids = std::move(ids);
 }
 
 }  // namespace vorund::rooms

@@ -40,9 +40,12 @@ class RegionTable {
     int survivor(int label) const;
 
     /// Renames labels, gives the borders within regions to them and joins ids, edges and nodes.
-    void apply(RoomGraph& rooms) const;
+    void apply(Regions& regions) const;
 
  private:
+    void renameLabels(Regions& regions) const;
+    void mergeBorders(Regions& regions) const;
+
     std::map<int, Region> regions_;
     std::map<int, int> merged_into_;
 };

@@ -190,7 +190,8 @@ class PlansInBlocks : public FindRooms, public ::testing::WithParamInterface<boo
 TEST_P(PlansInBlocks, HaveTheRoomsOfOnePiece) {
     const double first = agreementOn(planOf(1, 80000, 60000), 1'000'000);
     const double second = agreementOn(planOf(2, 80000, 60000), 1'000'000);
-    EXPECT_GE((first + second) / 2, 0.995);
+    // A cut that a block has moved redraws a border, or leaves it as it is.
+    EXPECT_GE((first + second) / 2, GetParam() ? 0.98 : 0.995);
 }
 
 /// The floor of a region whose seed lies beyond what a block sees goes to another one. Blocks of
@@ -298,8 +299,7 @@ TEST_F(FindRoomsInBlocks, TellsHowManyBlocksAreDone) {
     };
     const Rooms rooms = find(map, inBlocks(kTiny), observer);
     EXPECT_THAT(stages, ElementsAre(kStageDenoise, kStageScales, kStageBlocks, kStageFinished,
-                                    kStepSeparate, kStepIslands, kStepMergeNodes, kStepMergeEdges,
-                                    kStepCuts));
+                                    kStepSeparate, kStepIslands, kStepMergePassages, kStepCuts));
     EXPECT_EQ(total, rooms.blocks);
     std::vector<int> all;
     for (int i = 0; i <= rooms.blocks; ++i) all.push_back(i);

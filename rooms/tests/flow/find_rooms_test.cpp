@@ -59,9 +59,8 @@ TEST_F(FindRooms, TellsAllSteps) {
     const Rooms heard = find(map, {}, observer);
     EXPECT_THAT(progress, ElementsAre(kStageDenoise, kStageDilate, kStageRidges, kStageScales,
                                       kStageOverSegment, kStageFill, kStageRestore, kStageFinished,
-                                      kStepSeparate, kStepIslands, kStepMergeNodes, kStepMergeEdges,
-                                      kStepCuts));
-    EXPECT_THAT(told.steps, ElementsAre("separate", "islands", "merge-nodes", "merge-edges"));
+                                      kStepSeparate, kStepIslands, kStepMergePassages, kStepCuts));
+    EXPECT_THAT(told.steps, ElementsAre("separate", "islands", "merge-passages"));
     ASSERT_THAT(told.pictures, SizeIs(3));
     for (const std::string name : {"borders", "graph", "cuts"}) {
         ASSERT_EQ(told.pictures.count(name), 1U) << name;
@@ -69,6 +68,12 @@ TEST_F(FindRooms, TellsAllSteps) {
         EXPECT_EQ(told.pictures[name].size(), map.values.size());
     }
     EXPECT_THAT(find(map).labels, MatEq(heard.labels)) << "hearing changes nothing";
+}
+
+TEST_F(FindRooms, TellsBothPasses) {
+    Told told;
+    find(mapOf(test::twoRooms().map), byPasses(), observerOf(told));
+    EXPECT_THAT(told.steps, ElementsAre("separate", "islands", "merge-nodes", "merge-edges"));
 }
 
 TEST_F(FindRooms, CancelsAtEveryCall) {
@@ -95,7 +100,8 @@ TEST_F(FindRooms, TellsAnIslandThatItRemoved) {
     walls(cv::Rect(30, 30, 100, 100)) = 0.0;
     walls(cv::Rect(180, 40, 40, 40)) = 0.0;
     Settings settings;
-    settings.core.merge_nodes_in_place.area_threshold = 5.0;
+    settings.rooms.least_area = 5.0;
+    settings.rooms.closed_floor = 1.0;
     const Rooms rooms = find(mapOf(walls), settings);
     ASSERT_THAT(rooms.rooms, SizeIs(1));
     EXPECT_EQ(rooms.rooms[0].box, cv::Rect(30, 30, 100, 100));
@@ -105,13 +111,19 @@ TEST_F(FindRooms, TellsAnIslandThatItRemoved) {
     EXPECT_EQ(rooms.islands[0].position.pixel, cv::Point2d(180, 40));
     EXPECT_EQ(rooms.roomAt(cv::Point(200, 60)), 0);
 
-    settings.core.merge_nodes_in_place.area_threshold = 4.0 - 1e-6;
+    settings.rooms.least_area = 4.0 - 1e-6;
     EXPECT_THAT(find(mapOf(walls), settings).rooms, SizeIs(2));
+
+    settings = byPasses();
+    settings.core.merge_nodes_in_place.area_threshold = 5.0;
+    EXPECT_THAT(find(mapOf(walls), settings).islands, SizeIs(1));
+    settings.core.merge_nodes_in_place.area_threshold = 4.0 - 1e-6;
+    EXPECT_THAT(find(mapOf(walls), settings).islands, SizeIs(0));
 }
 
 TEST_F(FindRooms, MayRemoveAllRooms) {
     Settings settings;
-    settings.core.merge_nodes_in_place.area_threshold = 1000.0;
+    settings.rooms.least_area = 1000.0;
     const test::DrawnPlan plan = test::twoRooms();
     const Rooms rooms = find(mapOf(plan.map), settings);
     EXPECT_THAT(rooms.rooms, IsEmpty());
@@ -147,8 +159,15 @@ cv::Mat gridOfRooms(int side, bool doors) {
     return walls;
 }
 
+/// Nothing joins the pieces of wall between four doors to the rest: they are no clutter here.
+Settings withAllWalls() {
+    Settings settings;
+    settings.rooms.clear_clutter = false;
+    return settings;
+}
+
 TEST_F(FindRooms, FindsNeighboursInAGridOfRooms) {
-    const Rooms rooms = find(mapOf(gridOfRooms(4, true)));
+    const Rooms rooms = find(mapOf(gridOfRooms(4, true)), withAllWalls());
     ASSERT_THAT(rooms.rooms, SizeIs(16));
     EXPECT_THAT(rooms.borders, SizeIs(24));
     // Numbered row by row, though doorways stand out of the rooms.
@@ -157,13 +176,13 @@ TEST_F(FindRooms, FindsNeighboursInAGridOfRooms) {
 }
 
 TEST_F(FindRooms, FindsMoreRoomsThanOneImageOf8BitsTellsApart) {
-    const Rooms rooms = find(mapOf(gridOfRooms(16, true)));
+    const Rooms rooms = find(mapOf(gridOfRooms(16, true)), withAllWalls());
     EXPECT_THAT(rooms.rooms, SizeIs(16 * 16));
     EXPECT_EQ(rooms.blocks, 1) << "the map is small";
 }
 
 TEST_F(FindRooms, FindsMoreBordersThanOneImageOf8BitsTellsApart) {
-    const Rooms rooms = find(mapOf(gridOfRooms(12, true)));
+    const Rooms rooms = find(mapOf(gridOfRooms(12, true)), withAllWalls());
     EXPECT_THAT(rooms.rooms, SizeIs(12 * 12));
     EXPECT_THAT(rooms.borders, SizeIs(2 * 12 * 11));
     for (const Border& border : rooms.borders) EXPECT_TRUE(border.door.has_value());

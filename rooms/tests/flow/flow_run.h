@@ -44,6 +44,14 @@ inline GridMap mapOf(const cv::Mat& walls, double resolution = kWorkingResolutio
     return map;
 }
 
+/// Merging by the core's two passes, on the map as it is.
+inline Settings byPasses() {
+    Settings settings;
+    settings.rooms.merging = "passes";
+    settings.rooms.clear_clutter = false;
+    return settings;
+}
+
 /// Runs with all that they say caught.
 class FindRooms : public ::testing::Test {
  protected:
