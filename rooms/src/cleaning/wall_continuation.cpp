@@ -10,6 +10,10 @@ namespace {
 
 constexpr double kWallReach = 4.0;  // [m]
 
+constexpr double kThickestPartition = 0.3;  // [m]
+constexpr double kDoorwayWidth = 1.2;       // [m]
+constexpr double kStraightPart = 0.6;
+
 /// Blobs have no axis to speak of.
 constexpr double kLeastElongation = 2.0;
 
@@ -21,26 +25,51 @@ constexpr int kDegreesOff = 6;
 
 constexpr double kRadians = 3.14159265358979323846 / 180.0;
 
-bool isWallNear(const cv::Mat& walls, double x, double y, const cv::Point2d& across) {
-    for (const int side : {0, -1, 1}) {
-        const auto col = static_cast<int>(std::lround(x + side * across.x));
-        const auto row = static_cast<int>(std::lround(y + side * across.y));
-        const bool is_inside = col >= 0 && col < walls.cols && row >= 0 && row < walls.rows;
-        if (is_inside && walls.ptr<std::uint8_t>(row)[col] != 0) return true;
+/// A straight line through a part.
+class Line {
+ public:
+    Line(const cv::Point2d& centre, double angle)
+        : centre_(centre), along_(std::cos(angle), std::sin(angle)) {}
+
+    /// Whether there is wall at a point of the line, or a pixel beside it.
+    bool meetsWall(const cv::Mat& walls, double step) const {
+        const cv::Point2d across(-along_.y, along_.x);
+        for (const int side : {0, -1, 1}) {
+            const cv::Point2d point = centre_ + step * along_ + side * across;
+            const auto col = static_cast<int>(std::lround(point.x));
+            const auto row = static_cast<int>(std::lround(point.y));
+            const bool is_inside = col >= 0 && col < walls.cols && row >= 0 && row < walls.rows;
+            if (is_inside && walls.ptr<std::uint8_t>(row)[col] != 0) return true;
+        }
+        return false;
+    }
+
+ private:
+    cv::Point2d centre_;
+    cv::Point2d along_;
+};
+
+int countWallAlong(const cv::Mat& walls, const Line& line, int reach) {
+    int count = 0;
+    for (int step = -reach; step <= reach; ++step) count += line.meetsWall(walls, step) ? 1 : 0;
+    return count;
+}
+
+bool meetsWallBeyond(const cv::Mat& walls, const Line& line, double half_length, int direction) {
+    const double last = half_length + kDoorwayWidth / kWorkingResolution;
+    bool is_beyond = false;
+    // The line may leave a bent part before its end.
+    for (double step = kStraightPart * half_length; step <= last; step += 1.0) {
+        const bool is_wall = line.meetsWall(walls, direction * step);
+        if (is_wall && is_beyond) return true;
+        is_beyond = is_beyond || !is_wall;
     }
     return false;
 }
 
-int countWallAlong(const cv::Mat& walls, const cv::Point2d& centre, double angle, int reach) {
-    const cv::Point2d along(std::cos(angle), std::sin(angle));
-    const cv::Point2d across(-along.y, along.x);
-    int count = 0;
-    for (int step = -reach; step <= reach; ++step) {
-        const bool is_wall =
-            isWallNear(walls, centre.x + step * along.x, centre.y + step * along.y, across);
-        count += is_wall ? 1 : 0;
-    }
-    return count;
+bool liesBetweenDoorways(const cv::Mat& walls, const Line& line, double length) {
+    return meetsWallBeyond(walls, line, length / 2.0, 1) &&
+           meetsWallBeyond(walls, line, length / 2.0, -1);
 }
 
 }  // namespace
@@ -65,11 +94,24 @@ PartShape::Spread PartShape::spread() const {
             mean(yy_) - middle.y * middle.y};
 }
 
-double PartShape::elongation() const {
+/// Of the pixels along the axis (1) or across it (-1).
+double PartShape::variance(int sign) const {
     const Spread of = spread();
     const double half = (of.xx + of.yy) / 2.0;
     const double root = std::sqrt(std::max(0.0, half * half - (of.xx * of.yy - of.xy * of.xy)));
-    return std::sqrt((half + root) / std::max(half - root, kSpreadOfOneRow));
+    return std::max(half + sign * root, kSpreadOfOneRow);
+}
+
+double PartShape::elongation() const {
+    return std::sqrt(variance(1) / variance(-1));
+}
+
+double PartShape::length() const {
+    return std::sqrt(12.0 * variance(1));
+}
+
+double PartShape::thickness() const {
+    return std::sqrt(12.0 * variance(-1));
 }
 
 cv::Point2d PartShape::centre() const {
@@ -86,9 +128,11 @@ bool continuesWall(const cv::Mat& walls, const PartShape& part, double least_wal
     if (part.elongation() < kLeastElongation) return false;
     const auto reach = static_cast<int>(std::lround(kWallReach / kWorkingResolution));
     const double least = least_wall * (2 * reach + 1);
+    const bool is_thin = part.thickness() * kWorkingResolution <= kThickestPartition;
     for (int degrees = -kDegreesOff; degrees <= kDegreesOff; ++degrees) {
-        const double angle = part.angle() + degrees * kRadians;
-        if (countWallAlong(walls, part.centre(), angle, reach) >= least) return true;
+        const Line line(part.centre(), part.angle() + degrees * kRadians);
+        if (countWallAlong(walls, line, reach) >= least) return true;
+        if (is_thin && liesBetweenDoorways(walls, line, part.length())) return true;
     }
     return false;
 }
