@@ -1,5 +1,4 @@
 #include <memory>
-#include <opencv2/highgui.hpp>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -17,12 +16,12 @@
 #include "vorund/rooms/find_rooms.h"
 #include "vorund/rooms/grid_map.h"
 #include "vorund/rooms/map_reader.h"
+#include "window.h"
 
 namespace vorund::app {
 namespace {
 
 constexpr char kDebugDirectory[] = "debug";
-constexpr char kWindow[] = "vorund: rooms";
 
 void stopIfInterrupted(const std::string& map) {
     if (notedInterrupt() != 0) throw Interrupted(map + ": interrupted, nothing is written");
@@ -44,8 +43,9 @@ DebuggerConfig debuggerConfig(const Arguments& arguments, const Config& config,
     DebuggerConfig debugger;
     debugger.save_images = arguments.save_images || config.debug.save_images;
     debugger.show_images = arguments.show_images || config.debug.show_images;
-    if (debugger.show_images && !displayAvailable()) {
-        terminal.warn("no display can be had: no images are shown");
+    const std::string hindrance = debugger.show_images ? whyNothingCanBeShown() : "";
+    if (!hindrance.empty()) {
+        terminal.warn(hindrance + ": no images are shown");
         debugger.show_images = false;
     }
     if (debugger.save_images) debugger.output_dir = output.openDirectory(kDebugDirectory);
@@ -115,14 +115,6 @@ Result segmentOrFail(const Arguments& arguments, const rooms::GridMap& map,
 double megapixelsOf(const rooms::GridMap& map) {
     constexpr double kPixels = 1e6;
     return static_cast<double>(map.values.total()) / kPixels;
-}
-
-void showUntilKey(const cv::Mat& picture) {
-    constexpr int kPollMs = 100;  // An interrupt does not end the wait of a window.
-    cv::imshow(kWindow, picture);
-    while (cv::waitKey(kPollMs) < 0 && notedInterrupt() == 0) {
-        if (cv::getWindowProperty(kWindow, cv::WND_PROP_VISIBLE) < 1.0) return;
-    }
 }
 
 }  // namespace

@@ -110,7 +110,8 @@ class VORUND_EXPORT Debugger {
     std::atomic<bool> told_that_nothing_is_shown_{false};
 };
 
-/// Whether a window can be shown: false without an X server that answers, unless QT_QPA_PLATFORM
+/// Whether a window can be shown: false where the library is built without windows
+/// (`VORUND_WITH_WINDOWS`), and without an X server that answers, unless QT_QPA_PLATFORM
 /// names "offscreen" or "minimal". (Other platforms are not tried: where they are missing, Qt ends
 /// the process.) Never aborts and never waits for more than a few seconds. The answer is found
 /// once per process.

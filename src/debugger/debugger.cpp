@@ -6,9 +6,9 @@
 #include <ctime>
 #include <iomanip>
 #include <iostream>
-#include <opencv2/highgui.hpp>
 #include <opencv2/imgcodecs.hpp>
 
+#include "debugger/windows.h"
 #include "internal/console.h"
 #include "internal/text.h"
 
@@ -36,14 +36,6 @@ std::string formatLocalTime(std::int64_t nanoseconds, const char* pattern) {
 
 bool hasPixels(const cv::Mat& image) {
     return image.data != nullptr && image.total() > 0;
-}
-
-/// Windows do not take 32-bit integers; labels fit into 8 bits, as in the files.
-cv::Mat showable(const cv::Mat& image) {
-    if (image.depth() != CV_32S) return image;
-    cv::Mat bytes;
-    image.convertTo(bytes, CV_8U);
-    return bytes;
 }
 
 }  // namespace
@@ -155,17 +147,8 @@ std::string Debugger::getTimestampForFilename() {
 
 void Debugger::show(const std::string& window_name, const cv::Mat& image) {
     if (!show_images_ || !hasPixels(image)) return;
-    if (!displayAvailable()) {
-        tellOnceThatNothingIsShown("no display can be had");
-        return;
-    }
-    try {
-        cv::imshow(window_name, showable(image));
-        cv::waitKey(1);
-    } catch (const cv::Exception& error) {
-        // OpenCV may be built without windows, or with ones that fail: no reason to end a run.
-        tellOnceThatNothingIsShown(error.what());
-    }
+    const std::string cause = internal::showInWindow(window_name, image);
+    if (!cause.empty()) tellOnceThatNothingIsShown(cause);
 }
 
 void Debugger::tellOnceThatNothingIsShown(const std::string& cause) {
