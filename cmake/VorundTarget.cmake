@@ -12,6 +12,13 @@ function(vorund_target_defaults target)
   target_include_directories(${target} SYSTEM PUBLIC ${OpenCV_INCLUDE_DIRS})
 endfunction()
 
+# An installed target finds the libraries beside it, wherever the tree is moved to. (In packages for
+# the system CMAKE_SKIP_INSTALL_RPATH leaves that to the system's own search path.)
+function(vorund_find_libraries_from target dir)
+  file(RELATIVE_PATH path ${dir} ${CMAKE_INSTALL_FULL_LIBDIR})
+  set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN/${path}")
+endfunction()
+
 # A library built once, as objects: the shared library `name` and the tests both take them, so that
 # private parts can be tested although their symbols are hidden. Gives the targets `name`,
 # vorund::`alias` and `name`_objects.
@@ -33,6 +40,8 @@ function(vorund_add_library name alias)
   target_include_directories(${name}
     PUBLIC $<BUILD_INTERFACE:${arg_INCLUDE}> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
   target_compile_features(${name} PUBLIC cxx_std_17)
-  target_include_directories(${name} SYSTEM PUBLIC ${OpenCV_INCLUDE_DIRS})
+  # What is installed takes OpenCV's headers from the OpenCV that is found there.
+  target_include_directories(${name} SYSTEM PUBLIC "$<BUILD_INTERFACE:${OpenCV_INCLUDE_DIRS}>")
   target_link_libraries(${name} PUBLIC ${OpenCV_LIBS} ${arg_PUBLIC} PRIVATE ${arg_PRIVATE})
+  vorund_find_libraries_from(${name} ${CMAKE_INSTALL_FULL_LIBDIR})
 endfunction()
