@@ -43,5 +43,8 @@ function(vorund_add_library name alias)
   # What is installed takes OpenCV's headers from the OpenCV that is found there.
   target_include_directories(${name} SYSTEM PUBLIC "$<BUILD_INTERFACE:${OpenCV_INCLUDE_DIRS}>")
   target_link_libraries(${name} PUBLIC ${OpenCV_LIBS} ${arg_PUBLIC} PRIVATE ${arg_PRIVATE})
+  set(exports ${PROJECT_SOURCE_DIR}/cmake/exports.map)
+  target_link_options(${name} PRIVATE -Wl,--version-script=${exports})
+  set_target_properties(${name} PROPERTIES LINK_DEPENDS ${exports})
   vorund_find_libraries_from(${name} ${CMAKE_INSTALL_FULL_LIBDIR})
 endfunction()
