@@ -1,6 +1,4 @@
 # Debian packages by CPack, one for each component of the installation; scripts/make_debs makes them.
-option(VORUND_DEBIAN_FILES "Install what Debian wants to see in packages (scripts/make_debs)" OFF)
-
 set(vorund_debian_maintainer "The vorund maintainers <vorund@example.org>")
 set(vorund_debian_revision 1)
 set(vorund_debian_version ${PROJECT_VERSION}-${vorund_debian_revision})
@@ -35,20 +33,18 @@ configure_file(${debian_dir}/copyright.in ${CMAKE_CURRENT_BINARY_DIR}/debian/cop
 # What of a package lintian need not report, with the reasons.
 function(vorund_lintian_overrides name)
   set(text)
-  foreach(file IN ITEMS ${ARGN} ${name}.lintian-overrides)
-    if(EXISTS ${debian_dir}/${file})
-      file(READ ${debian_dir}/${file} part)
-      string(APPEND text "${part}")
-    endif()
+  foreach(file IN LISTS ARGN)
+    file(READ ${debian_dir}/${file} part)
+    string(APPEND text "${part}")
   endforeach()
   file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/debian/${name} "${text}")
 endfunction()
 
 #   vorund_debian_package(component NAME name SECTION section DESCRIPTION synopsis line...
-#     [LIBRARY | PLUGIN] [SHLIBDEPS] [ANY_ARCHITECTURE]
+#     [LIBRARY] [SHLIBDEPS] [ANY_ARCHITECTURE]
 #     [DEPENDS ...] [RECOMMENDS ...] [SUGGESTS ...])
 macro(vorund_debian_package component)
-  cmake_parse_arguments(arg "LIBRARY;PLUGIN;SHLIBDEPS;ANY_ARCHITECTURE" "NAME;SECTION"
+  cmake_parse_arguments(arg "LIBRARY;SHLIBDEPS;ANY_ARCHITECTURE" "NAME;SECTION"
     "DESCRIPTION;DEPENDS;RECOMMENDS;SUGGESTS" ${ARGN})
   list(APPEND CPACK_COMPONENTS_ALL ${component})
   string(TOUPPER CPACK_DEBIAN_${component} prefix)
@@ -59,14 +55,12 @@ macro(vorund_debian_package component)
     string(REPLACE ";" ", " ${prefix}_PACKAGE_${relation} "${arg_${relation}}")
   endforeach()
   set(${prefix}_PACKAGE_SHLIBDEPS ${arg_SHLIBDEPS})
-  if(arg_LIBRARY)
-    set(${prefix}_PACKAGE_MULTIARCH same)
-  endif()
   if(arg_ANY_ARCHITECTURE)
     set(${prefix}_PACKAGE_ARCHITECTURE all)
   endif()
   set(overrides lintian-overrides)
-  if(arg_LIBRARY OR arg_PLUGIN)
+  if(arg_LIBRARY)
+    set(${prefix}_PACKAGE_MULTIARCH same)
     # Has the loader's cache renewed.
     set(${prefix}_PACKAGE_CONTROL_EXTRA ${debian_dir}/triggers)
     list(APPEND overrides library.lintian-overrides)
@@ -117,7 +111,7 @@ if(VORUND_BUILD_ROS)
     DESCRIPTION "rooms of a robot's floor map, messages of Robot OS"
       "The messages, services and the action of the package vorund_ros, which divides"
       "a robot's floor map into rooms: definitions, C++ headers, Python modules.")
-  vorund_debian_package(ros NAME ros-vorund SECTION misc PLUGIN SHLIBDEPS
+  vorund_debian_package(ros NAME ros-vorund SECTION misc SHLIBDEPS
     DEPENDS "libvorund1 ${same}" "libvorund-rooms1 ${same}" "ros-vorund-msgs ${same}"
       python3:any python3-dynamic-reconfigure
     RECOMMENDS python3-roslaunch rosout libnodeletlib-tools
