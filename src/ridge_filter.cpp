@@ -6,6 +6,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "internal/require.h"
+#include "ridges/hessian.h"
 
 namespace vorund::RidgeFilter {
 namespace {
@@ -41,66 +42,6 @@ double kernelValue(double x, double sigma, int order) {
     }
 }
 
-/// Leaves out ends of zeros, the same number from both kernels and on both sides: they add nothing.
-/// Not below seven entries, where OpenCV would go another way and round differently.
-void trim(cv::Mat& smooth, cv::Mat& derive) {
-    const int radius = smooth.rows / 2;
-    int zeros = 0;
-    while (zeros < radius - 3 && smooth.at<float>(zeros) == 0.0F &&
-           derive.at<float>(zeros) == 0.0F) {
-        ++zeros;
-    }
-    const cv::Range kept(zeros, smooth.rows - zeros);
-    smooth = smooth.rowRange(kept).clone();
-    derive = derive.rowRange(kept).clone();
-}
-
-/// Second derivatives of a blurred image, in bands of rows that stay in the cache.
-class Hessian {
- public:
-    /// @param image  Is referred to; no view of a larger one.
-    Hessian(const cv::Mat& image, double sigma, int border)
-        : image_(image),
-          border_(border),
-          smooth_(getGaussianKernel1D(0, sigma, 0)),
-          derive_(getGaussianKernel1D(0, sigma, 1)) {
-        trim(smooth_, derive_);
-    }
-
-    /// A good height for the bands: what they have in common is filtered twice.
-    int bandRows() const { return 8 * smooth_.rows; }
-
-    void filterRows(const cv::Range& rows) {
-        const int reach = smooth_.rows / 2;
-        const cv::Range around(std::max(rows.start - reach, 0),
-                               std::min(rows.end + reach, image_.rows));
-        const cv::Mat source = image_.rowRange(around);
-        filter(source, x_, derive_, smooth_);
-        filter(source, y_, smooth_, derive_);
-        // OpenCV reads on beyond the part of a matrix that it is given, up to the matrix' edge,
-        // which is that of the image if it is not far enough away.
-        const cv::Range inner(rows.start - around.start, rows.end - around.start);
-        filter(x_.rowRange(inner), xx, derive_, smooth_);
-        filter(x_.rowRange(inner), xy, smooth_, derive_);
-        filter(y_.rowRange(inner), yy, smooth_, derive_);
-    }
-
-    cv::Mat xx, xy, yy;  ///< Of the rows last filtered.
-
- private:
-    void filter(const cv::Mat& source, cv::Mat& filtered, const cv::Mat& row_kernel,
-                const cv::Mat& column_kernel) const {
-        cv::sepFilter2D(source, filtered, CV_32F, row_kernel, column_kernel, cv::Point(-1, -1), 0.0,
-                        border_);
-    }
-
-    cv::Mat image_;
-    int border_;
-    cv::Mat smooth_;
-    cv::Mat derive_;
-    cv::Mat x_, y_;
-};
-
 /// The square root of 0 for what is not positive, which is why a loop over it needs no branch.
 float positiveRoot(float value) {
     return std::sqrt(value > 0.0F ? value : 0.0F);
@@ -123,7 +64,8 @@ void neuritenessOfRow(const float* xx, const float* xy, const float* yy, float* 
 
 cv::Mat ridgeResponse(const cv::Mat& image, double sigma, int border) {
     cv::Mat response(image.size(), CV_32FC1);
-    Hessian hessian(image, sigma, border);
+    internal::Hessian hessian(image, getGaussianKernel1D(0, sigma, 0),
+                              getGaussianKernel1D(0, sigma, 1), border);
     int end = 0;
     for (int start = 0; start < image.rows; start = end) {
         end = start + std::min(hessian.bandRows(), image.rows - start);

@@ -34,14 +34,42 @@ float response(float hxx, float hxy, float hyy) {
     return std::max(std::abs(u) > std::abs(v) ? u : v, 0.0F);
 }
 
+/// What OpenCV's sepFilter2D gives where the processor fuses multiplication and addition: along the
+/// rows by ascending entries of the kernel, then down the columns from the middle outwards.
+cv::Mat_<float> filtered(const cv::Mat_<float>& source, const cv::Mat_<float>& row_kernel,
+                         const cv::Mat_<float>& column_kernel, bool column_is_odd, int border) {
+    const int reach = row_kernel.rows / 2;
+    cv::Mat_<float> wide, sums(source.size(), 0.0F), high, result(source.size(), 0.0F);
+    cv::copyMakeBorder(source, wide, 0, 0, reach, reach, border);
+    for (int row = 0; row < source.rows; ++row) {
+        for (int col = 0; col < source.cols; ++col) {
+            for (int i = 0; i <= 2 * reach; ++i) {
+                sums(row, col) = std::fma(wide(row, col + i), row_kernel(i), sums(row, col));
+            }
+        }
+    }
+    cv::copyMakeBorder(sums, high, reach, reach, 0, 0, border);
+    for (int row = 0; row < source.rows; ++row) {
+        for (int col = 0; col < source.cols; ++col) {
+            const int middle = row + reach;
+            float sum = column_is_odd ? 0.0F : high(middle, col) * column_kernel(reach);
+            for (int i = 1; i <= reach; ++i) {
+                const float before = high(middle - i, col), after = high(middle + i, col);
+                const float both = column_is_odd ? after - before : after + before;
+                sum = std::fma(both, column_kernel(reach + i), sum);
+            }
+            result(row, col) = sum;
+        }
+    }
+    return result;
+}
+
 cv::Mat_<float> scaleResponse(const cv::Mat& image, double sigma, int border) {
     const auto scale = static_cast<double>(static_cast<float>(sigma) / 1.4142135F);
     const cv::Mat smooth = gaussianKernel(scale, 0);
     const cv::Mat slope = gaussianKernel(scale, 1);
-    const auto filter = [border](const cv::Mat& source, const cv::Mat& row, const cv::Mat& column) {
-        cv::Mat result;
-        cv::sepFilter2D(source, result, CV_32F, row, column, cv::Point(-1, -1), 0.0, border);
-        return cv::Mat_<float>(result);
+    const auto filter = [&](const cv::Mat& source, const cv::Mat& row, const cv::Mat& column) {
+        return filtered(source, row, column, column.data == slope.data, border);
     };
     const cv::Mat_<float> gx = filter(image, slope, smooth);
     const cv::Mat_<float> gy = filter(image, smooth, slope);
