@@ -80,14 +80,15 @@ TEST_P(FusedSums, AreNotRoundedToDoublePrecisionFirst) {
 }
 
 TEST_P(FusedSums, AreExactWhereFloatsHaveFewBits) {
-    // The smallest float is s. (1 + x)(1 - x) is 1 - x^2, and three quarters of that times s / 2 is
-    // less than half of s; 1 + x^3 times s / 2 is more than half.
+    // Below 2^-126 floats are s = 2^-149 apart. (1 + u)(1 - u) * s / 2 is less than half of s,
+    // (1 + x)(1 - x + x^2) * s / 2 is more; in double precision either sum is the middle of two.
     const float s = std::numeric_limits<float>::denorm_min();
+    const float u = std::ldexp(1.0F, -23);
     const float x = std::ldexp(1.0F, -12);
     const float root = std::ldexp(1.0F, -75);  // root * root = s / 2
-    EXPECT_EQ(fused((1.0F + x) * root, (1.0F - x) * root, s), s);
-    EXPECT_EQ(fused((1.0F + x) * root, (1.0F - x + x * x) * root, 2.0F * s), 3.0F * s);
-    EXPECT_EQ(fused((1.0F + x) * root, (1.0F - x) * root, 2.0F * s), 2.0F * s);
+    const float even = std::ldexp(s, 20);
+    EXPECT_EQ(fused((1.0F + x) * root, (1.0F - x + x * x) * root, even), even + s);
+    EXPECT_EQ(fused((1.0F + u) * root, (1.0F - u) * root, even + s), even + s);
 }
 
 TEST_P(FusedSums, PassOnWhatIsNoNumber) {
