@@ -1,5 +1,6 @@
 #include "marker_flood/marker_flood.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -25,6 +26,21 @@ bool areFloats(const cv::Mat& floats, const cv::Mat& costs) {
     return unequal == 0;
 }
 
+/// As `convertTo`, which takes 32-bit integers through single precision on ARM64.
+cv::Mat toDoubles(const cv::Mat& image) {
+    cv::Mat doubles;
+    if (image.depth() != CV_32S) {
+        image.convertTo(doubles, CV_64F);
+        return doubles;
+    }
+    doubles.create(image.rows, image.cols, CV_64FC(image.channels()));
+    for (int row = 0; row < image.rows; ++row) {
+        const std::int32_t* const from = image.ptr<std::int32_t>(row);
+        std::copy(from, from + image.cols * image.channels(), doubles.ptr<double>(row));
+    }
+    return doubles;
+}
+
 /// The costs without gaps between rows: as `CV_32F` if they are all numbers that floats hold, else
 /// as `CV_64F`.
 cv::Mat costsOf(const cv::Mat& image) {
@@ -34,15 +50,11 @@ cv::Mat costsOf(const cv::Mat& image) {
     } else {
         image.convertTo(floats, CV_32F);
     }
-    cv::Mat doubles;
     if (image.depth() <= CV_16S || image.depth() == CV_32F) {
-        if (areFloats<float>(floats, floats)) return floats;
-        image.convertTo(doubles, CV_64F);
-    } else {
-        image.convertTo(doubles, CV_64F);
-        if (areFloats<double>(floats, doubles)) return floats;
+        return areFloats<float>(floats, floats) ? floats : toDoubles(image);
     }
-    return doubles;
+    const cv::Mat doubles = toDoubles(image);
+    return areFloats<double>(floats, doubles) ? floats : doubles;
 }
 
 /// Floods with a heap that serves no further than it seems to be needed, then further.
