@@ -72,7 +72,8 @@ struct Opening {
         const bool narrow = static_cast<double>(passage) * width * width <
                             config.narrow_passage * config.narrow_passage;
         const double ratio = narrow ? config.narrow_ratio : config.open_ratio;
-        return static_cast<double>(passage) > ratio * ratio * static_cast<double>(room);
+        constexpr double kMargin = 1.0 + 1e-9;  // 0.7 * 0.7 is a little less than 0.49.
+        return static_cast<double>(passage) > ratio * ratio * kMargin * static_cast<double>(room);
     }
 };
 

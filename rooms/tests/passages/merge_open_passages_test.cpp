@@ -50,6 +50,13 @@ TEST(MergeOpenPassages, JoinsAboveTheRatioAndNotAtIt) {
     EXPECT_THAT(merged(twoRooms(59, 37), ratioAlone(0.6)), ElementsAre(1)) << "19 of 30";
 }
 
+TEST(MergeOpenPassages, JoinsNothingAtARatioThatBinaryFractionsMiss) {
+    // 0.7 * 0.7 is below 0.49 in double precision: 14 of 20 pixels, and 21 of 30.
+    EXPECT_THAT(merged(twoRooms(39, 27), ratioAlone(0.7)), ElementsAre(1, 2));
+    EXPECT_THAT(merged(twoRooms(59, 41), ratioAlone(0.7)), ElementsAre(1, 2));
+    EXPECT_THAT(merged(twoRooms(59, 43), ratioAlone(0.7)), ElementsAre(1));
+}
+
 TEST(MergeOpenPassages, AsksNarrowPassagesForMore) {
     RoomsConfig config;
     config.open_ratio = 0.5;
