@@ -97,7 +97,9 @@ void RegionTable::merge(int a, int b) {
     const Region absorbed = std::move(regions_.at(gone));
     regions_.erase(gone);
     region.area += absorbed.area;
-    region.clearance = std::max(region.clearance, absorbed.clearance);
+    // The line between them becomes theirs, and may be the widest place of both.
+    region.clearance =
+        std::max({region.clearance, absorbed.clearance, absorbed.passages.at(kept).clearance});
     region.passages.erase(gone);
     for (const auto& [other, passage] : absorbed.passages) {
         if (other == kept) continue;

@@ -158,6 +158,20 @@ TEST(RegionTable, JoinsPassagesToACommonNeighbour) {
     EXPECT_THAT(table.regions().at(3).passages, SizeIs(1));
 }
 
+TEST(RegionTable, CountsTheLineBetweenJoinedRegionsAsTheirs) {
+    // The line's middle is three pixels from wall above and below, all of 1 and 2 at most two.
+    RegionTable table =
+        tableOf(labels32("1   1   1   1   1   1\n"
+                         "1   1   1   1   1   1\n"
+                         "255 255 255 255 255 255\n"
+                         "2   2   2   2   2   2\n"
+                         "2   2   2   2   2   2"));
+    ASSERT_EQ(table.regions().at(1).clearance, 4);
+    ASSERT_EQ(table.regions().at(1).passages.at(2).clearance, 9);
+    table.merge(1, 2);
+    EXPECT_EQ(table.regions().at(1).clearance, 9);
+}
+
 TEST(RegionTable, AppliesToGraphIdsLabelsAndBorders) {
     // Ids in raster order: {1, 2} 1, {1, 3} 2, {2, 3} 3.
     const cv::Mat grid = labels32(
