@@ -21,7 +21,7 @@ struct Smallness {
     double width;        ///< [m]
 
     bool holds(const Region& region) const {
-        return region.area < area || (region.area < narrow_area && region.width() < width);
+        return region.area() < area || (region.area() < narrow_area && region.width() < width);
     }
 };
 
@@ -30,13 +30,13 @@ struct Smallness {
 constexpr Smallness kSpecks{1.0, 5.0, 0.7};
 
 /// Smallest first, of equal ones that with the smaller label.
-using SmallRegions = std::set<std::pair<double, int>>;
+using SmallRegions = std::set<std::pair<std::int64_t, int>>;
 
 void absorb(RegionTable& table, const Smallness& small) {
     SmallRegions waiting;
     const auto wait = [&](int label) {
         const Region& region = table.regions().at(label);
-        if (!region.passages.empty() && small.holds(region)) waiting.emplace(region.area, label);
+        if (!region.passages.empty() && small.holds(region)) waiting.emplace(region.pixels, label);
     };
     for (const auto& [label, region] : table.regions()) wait(label);
     while (!waiting.empty()) {
@@ -47,7 +47,7 @@ void absorb(RegionTable& table, const Smallness& small) {
             passages.begin(), passages.end(),
             [](const auto& a, const auto& b) { return a.second.clearance < b.second.clearance; });
         const int neighbour = widest->first;
-        waiting.erase({table.regions().at(neighbour).area, neighbour});
+        waiting.erase({table.regions().at(neighbour).pixels, neighbour});
         table.merge(label, neighbour);
         wait(table.survivor(neighbour));
     }

@@ -48,13 +48,20 @@ NodeData together(const NodeData& a, const NodeData& b) {
 
 }  // namespace
 
+double Region::area() const {
+    return static_cast<double>(pixels) * kWorkingResolution * kWorkingResolution;
+}
+
 double Region::width() const {
     return 2.0 * std::sqrt(static_cast<double>(clearance)) * kWorkingResolution;
 }
 
 RegionTable::RegionTable(const Regions& regions, const cv::Mat& floor) {
     const RoomGraph& rooms = regions.table;
-    for (const auto& [label, data] : rooms.graph.nodes()) regions_[label].area = data.area;
+    for (const auto& [label, data] : rooms.graph.nodes()) {
+        regions_[label].pixels =
+            std::llround(data.area / (kWorkingResolution * kWorkingResolution));
+    }
     std::vector<float> of_label(static_cast<std::size_t>(regions.label_count), 0.0F);
     std::vector<float> of_id(static_cast<std::size_t>(rooms.labels.cols - regions.label_count),
                              0.0F);
@@ -90,13 +97,13 @@ RegionTable::RegionTable(const Regions& regions, const cv::Mat& floor) {
 
 void RegionTable::merge(int a, int b) {
     const bool a_survives =
-        std::make_pair(-regions_.at(a).area, a) < std::make_pair(-regions_.at(b).area, b);
+        std::make_pair(-regions_.at(a).pixels, a) < std::make_pair(-regions_.at(b).pixels, b);
     const int kept = a_survives ? a : b;
     const int gone = a_survives ? b : a;
     Region& region = regions_.at(kept);
     const Region absorbed = std::move(regions_.at(gone));
     regions_.erase(gone);
-    region.area += absorbed.area;
+    region.pixels += absorbed.pixels;
     // The line between them becomes theirs, and may be the widest place of both.
     region.clearance =
         std::max({region.clearance, absorbed.clearance, absorbed.passages.at(kept).clearance});

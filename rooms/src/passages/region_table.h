@@ -13,12 +13,14 @@ struct Passage {
     double length = 0.0;         ///< Of the border. [m]
 };
 
-/// What merging needs to know of a region.
+/// What merging needs to know of a region, in whole numbers: sums of areas are rounded, so that
+/// equal regions might not be.
 struct Region {
-    double area = 0.0;                ///< [m^2]
+    std::int64_t pixels = 0;          ///< Lines that it took in left out, as in the graph.
     std::int64_t clearance = 0;       ///< The largest squared distance to a wall in it. [pixels^2]
     std::map<int, Passage> passages;  ///< By the label of the region on the other side.
 
+    double area() const;   ///< [m^2]
     double width() const;  ///< Of the widest place. [m]
 };
 

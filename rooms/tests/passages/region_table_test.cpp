@@ -45,14 +45,14 @@ TEST(RegionTable, KnowsAreasClearancesAndBorders) {
                          ". .  .  . . ."));
     ASSERT_THAT(table.regions(), ElementsAre(Key(1), Key(2)));
     const Region& left = table.regions().at(1);
-    EXPECT_DOUBLE_EQ(left.area, 6 * kPixel);
+    EXPECT_DOUBLE_EQ(left.area(), 6 * kPixel);
     EXPECT_EQ(left.clearance, 4);
     EXPECT_DOUBLE_EQ(left.width(), 4 * 0.05);
     ASSERT_THAT(left.passages, ElementsAre(Key(2)));
     EXPECT_EQ(left.passages.at(2).clearance, 4);
     EXPECT_DOUBLE_EQ(left.passages.at(2).length, 3 * 0.05);
     const Region& right = table.regions().at(2);
-    EXPECT_DOUBLE_EQ(right.area, 9 * kPixel);
+    EXPECT_DOUBLE_EQ(right.area(), 9 * kPixel);
     ASSERT_THAT(right.passages, ElementsAre(Key(1)));
     EXPECT_EQ(right.passages.at(1).clearance, 4);
 }
@@ -119,7 +119,7 @@ TEST(RegionTable, KeepsTheLabelOfTheLarger) {
     EXPECT_THAT(labelsOf(table), ElementsAre(2, 9));
     EXPECT_EQ(table.survivor(4), 2);
     EXPECT_EQ(table.survivor(2), 2);
-    EXPECT_DOUBLE_EQ(table.regions().at(2).area, 3 * kPixel);
+    EXPECT_DOUBLE_EQ(table.regions().at(2).area(), 3 * kPixel);
     // Now equally large: the smaller label.
     table.merge(9, 2);
     EXPECT_THAT(labelsOf(table), ElementsAre(2));
@@ -170,6 +170,14 @@ TEST(RegionTable, CountsTheLineBetweenJoinedRegionsAsTheirs) {
     ASSERT_EQ(table.regions().at(1).passages.at(2).clearance, 9);
     table.merge(1, 2);
     EXPECT_EQ(table.regions().at(1).clearance, 9);
+}
+
+TEST(RegionTable, TakesRegionsOfAsManyPixelsForEqual) {
+    // As areas in m^2, 1 pixel and 4 pixels add up to a little more than 5 pixels.
+    RegionTable table = tableOf(labels32("3 3 3 3 3 255 8 255 9 9 9 9"));
+    table.merge(8, 9);
+    table.merge(9, 3);
+    EXPECT_EQ(table.survivor(9), 3);
 }
 
 TEST(RegionTable, AppliesToGraphIdsLabelsAndBorders) {
