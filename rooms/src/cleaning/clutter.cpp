@@ -38,7 +38,8 @@ void closeSmallFloor(cv::Mat& values, double threshold, double least_area) {
     for (const int pixels : internal::areasOf(floor, parts)) {
         chosen.push_back(pixels * kWorkingResolution * kWorkingResolution < least_area);
     }
-    paint(floor, parts, chosen, 1.0F, values);
+    const bool is_all = std::find(chosen.begin(), chosen.end(), false) == chosen.end();
+    if (!is_all) paint(floor, parts, chosen, 1.0F, values);
 }
 
 /// A part of the wall.
@@ -84,6 +85,7 @@ void takeOutLooseParts(cv::Mat& values, double threshold, const RoomsConfig& con
     const PixelRuns walls = internal::nonZeroPixels(mask);
     const RunComponents components = internal::connectRuns(walls, 8);
     const std::vector<Part> parts = partsOf(walls, components);
+    const cv::Rect map({0, 0}, values.size());
     std::vector<bool> chosen;
     for (const Part& part : parts) {
         const int label = static_cast<int>(chosen.size()) + 1;
@@ -91,7 +93,8 @@ void takeOutLooseParts(cv::Mat& values, double threshold, const RoomsConfig& con
             part.isWithin(config.loose_part) ||
             (part.isWithin(config.loose_block) && isBlock(walls, components, label, part.box));
         const bool is_speck = part.isWithin(kLargestSpeck);
-        chosen.push_back(is_loose &&
+        const bool is_around_all = part.box == map;
+        chosen.push_back(is_loose && !is_around_all &&
                          (is_speck || !continuesWall(mask, part.shape, config.wall_line)));
     }
     paint(walls, components, chosen, 0.0F, values);

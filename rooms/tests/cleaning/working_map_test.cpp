@@ -115,5 +115,35 @@ TEST(WorkingMap, TakesTheCoresThresholdForWall) {
     EXPECT_EQ(WorkingMap(map, settings).floor().at<std::uint8_t>(50, 50), 0);
 }
 
+/// A single room in a wall of 0.2 m.
+GridMap cell(double side) {
+    GridMap map;
+    const int pixels = static_cast<int>(std::lround(side / map.resolution));
+    map.values = cv::Mat(pixels, pixels, CV_32FC1, cv::Scalar(1.0));
+    map.values(cv::Rect(4, 4, pixels - 8, pixels - 8)).setTo(0.0);
+    return map;
+}
+
+TEST(WorkingMap, KeepsTheOnlyRoomHoweverSmall) {
+    for (const double side : {1.2, 2.0, 2.3, 2.4, 2.5, 3.0}) {
+        const GridMap map = cell(side);
+        const WorkingMap working(map, Settings{});
+        EXPECT_FALSE(working.isAllFloor()) << side;
+        EXPECT_THAT(working.ownValues(), MatEq(map.values)) << side;
+    }
+}
+
+TEST(WorkingMap, KeepsTheWallAroundASmallMapWithFurniture) {
+    GridMap map = cell(2.0);
+    map.values(cv::Rect(10, 10, 8, 8)) = 1.0;
+    EXPECT_THAT(WorkingMap(map, Settings{}).ownValues(), MatEq(cell(2.0).values));
+}
+
+TEST(WorkingMap, KeepsTheOnlyRoomInAThickWall) {
+    GridMap map = PlanInMetres(0.05).paint({0.0, 0.0, 10.0, 8.0}, 1.0).map();
+    map.values(cv::Rect(60, 60, 30, 30)) = 0.0;
+    EXPECT_THAT(WorkingMap(map, Settings{}).ownValues(), MatEq(map.values)) << "2.25 m^2";
+}
+
 }  // namespace
 }  // namespace vorund::rooms

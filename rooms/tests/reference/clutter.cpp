@@ -123,6 +123,7 @@ bool continuesWall(const cv::Mat& walls, const std::vector<cv::Point>& part, dou
 bool isClutter(const cv::Mat& walls, const std::vector<cv::Point>& part,
                const rooms::RoomsConfig& config) {
     const cv::Rect box = cv::boundingRect(part);
+    if (box.size() == walls.size()) return false;
     const int side = std::max(box.width, box.height);
     const bool is_loose = isAtMost(side, config.loose_part) ||
                           (isAtMost(side, config.loose_block) && holdsSquare(part, kBlock));
@@ -134,9 +135,15 @@ bool isClutter(const cv::Mat& walls, const std::vector<cv::Point>& part,
 cv::Mat withoutClutter(const cv::Mat& values, double threshold, const rooms::RoomsConfig& config) {
     cv::Mat cleaned = values.clone();
     const cv::Mat floor = values <= threshold;
-    for (const auto& part : partsOf(floor, false)) {
+    const auto floors = partsOf(floor, false);
+    const auto isSmall = [&](const std::vector<cv::Point>& part) {
         const double area = static_cast<double>(part.size()) * kResolution * kResolution;
-        if (area < config.closed_floor - kMargin) paint(cleaned, part, 1.0F);
+        return area < config.closed_floor - kMargin;
+    };
+    if (!std::all_of(floors.begin(), floors.end(), isSmall)) {
+        for (const auto& part : floors) {
+            if (isSmall(part)) paint(cleaned, part, 1.0F);
+        }
     }
     const cv::Mat walls = cleaned > threshold;
     for (const auto& part : partsOf(walls, true)) {
