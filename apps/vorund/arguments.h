@@ -30,6 +30,7 @@ struct ScoreArguments {
     bool batch = false;
     std::string variant = rooms::kBareVariant;
     rooms::ScoreOptions options;
+    std::string picture;  ///< File, for a batch a folder, for pictures of the errors; or empty.
     bool json = false;
 };
 

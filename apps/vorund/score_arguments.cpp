@@ -17,10 +17,20 @@ constexpr char kFooter[] =
     "as no room. In all other images, such as rooms.png, every label but 0 is a room.\n"
     "Exit status: 0 success, 1 failure, 2 wrong usage.";
 
+constexpr char kPng[] = ".png";
+
+bool endsWith(const std::string& text, const std::string& end) {
+    return text.size() >= end.size() &&
+           text.compare(text.size() - end.size(), end.size(), end) == 0;
+}
+
 const char* fault(const ScoreArguments& score, bool has_truth_kind, bool has_variant) {
     if (score.batch && !score.map.empty()) return "--map has no meaning with --batch";
     if (score.batch && has_truth_kind) {
         return "--truth has no meaning with --batch: all truths are drawings there";
+    }
+    if (!score.batch && !score.picture.empty() && !endsWith(score.picture, kPng)) {
+        return "--picture must name a PNG file (.png)";
     }
     if (!score.batch && has_variant) return "--variant has no meaning without --batch";
     return nullptr;
@@ -71,7 +81,16 @@ CLI::App& addScore(CLI::App& app, ScoreArguments& score) {
             ->type_name("V");
     command.add_flag("--keep-detached", score.options.keep_detached,
                      "count true rooms off the largest free area of the map too");
-    command.add_flag("--json", score.json, "print the figures as JSON");
+    command
+        .add_option("--picture", score.picture,
+                    "write a PNG that shows which true rooms are right, missed (red), split "
+                    "(blue) and joined (yellow), with their numbers; with --batch the folder in "
+                    "which that of NAME.png goes to NAME.png, that of a variant to NAME_V.png")
+        ->check(notEmpty())
+        ->type_name("FILE");
+    command.add_flag("--json", score.json,
+                     "print the figures as JSON, and what became of each true room: missed, split "
+                     "and joined, with the labels of the rooms concerned");
     command.callback([&score, kind, variant] {
         const char* const cause = fault(score, kind->count() > 0, variant->count() > 0);
         if (cause != nullptr) throw UsageError(cause);

@@ -10,8 +10,6 @@ namespace {
 
 constexpr double kFound = 0.5;
 constexpr double kFoundWell = 0.75;
-constexpr double kPieceShare = 0.15;
-constexpr double kMergedShare = 0.5;
 
 std::size_t at(int index) {
     return static_cast<std::size_t>(index);
@@ -93,12 +91,6 @@ double meanOneToOneCorrelation(const Overlaps& overlaps, double all_pixels) {
     return total / static_cast<double>(rooms - pairs.size());
 }
 
-double iou(const Overlap& pair, const Overlaps& overlaps) {
-    const double both =
-        overlaps.truth_areas[at(pair.truth)] + overlaps.segment_areas[at(pair.segment)];
-    return pair.pixels / (both - pair.pixels);
-}
-
 void addPartnerIous(const Overlaps& overlaps, Score& score) {
     const std::vector<Partner> segments = partnersOfTruth(overlaps);
     const std::vector<Partner> truths = partnersOfSegments(overlaps);
@@ -106,10 +98,10 @@ void addPartnerIous(const Overlaps& overlaps, Score& score) {
     std::vector<double> segment_ious(truths.size(), 0.0);
     for (const Overlap& pair : overlaps.pairs) {
         if (segments[at(pair.truth)].index == pair.segment) {
-            truth_ious[at(pair.truth)] = iou(pair, overlaps);
+            truth_ious[at(pair.truth)] = intersectionOverUnion(pair, overlaps);
         }
         if (truths[at(pair.segment)].index == pair.truth) {
-            segment_ious[at(pair.segment)] = iou(pair, overlaps);
+            segment_ious[at(pair.segment)] = intersectionOverUnion(pair, overlaps);
         }
     }
     score.iou_gt = mean(truth_ious);
@@ -123,7 +115,7 @@ std::vector<double> highestIous(const Overlaps& overlaps) {
     std::vector<double> highest(overlaps.truth_areas.size(), 0.0);
     for (const Overlap& pair : overlaps.pairs) {
         double& value = highest[at(pair.truth)];
-        value = std::max(value, iou(pair, overlaps));
+        value = std::max(value, intersectionOverUnion(pair, overlaps));
     }
     return highest;
 }
@@ -166,6 +158,12 @@ void addCounts(const Overlaps& overlaps, Score& score) {
 }
 
 }  // namespace
+
+double intersectionOverUnion(const Overlap& pair, const Overlaps& overlaps) {
+    const double both =
+        overlaps.truth_areas[at(pair.truth)] + overlaps.segment_areas[at(pair.segment)];
+    return pair.pixels / (both - pair.pixels);
+}
 
 double ratio(double part, double whole) {
     return whole == 0.0 ? 0.0 : part / whole;

@@ -6,6 +6,14 @@
 /// The figures that follow from overlaps alone.
 namespace vorund::rooms {
 
+/// From this share of a true room on a predicted one is a piece of it.
+inline constexpr double kPieceShare = 0.15;
+/// From this share on the true room lies in the predicted one.
+inline constexpr double kMergedShare = 0.5;
+
+/// Of a true room and a predicted one.
+double intersectionOverUnion(const Overlap& pair, const Overlaps& overlaps);
+
 /// 0 if the whole is 0.
 double ratio(double part, double whole);
 

@@ -74,15 +74,18 @@ void requireSize(const std::string& path, const cv::Mat& image, const Truth& tru
     throw MapError(path + ": it has " + sizeText(image) + ", the truth " + sizeText(truth.rooms));
 }
 
-Score scoreFile(const std::string& path, const Truth& truth, const cv::Mat& map,
-                const ScoreOptions& options) {
-    const cv::Mat predicted = readImageFile(path).pixels;
-    requireSize(path, predicted, truth);
+Score scoreFile(const std::string& path, ScoreImages& images, const ScoreOptions& options) {
+    images.predicted = readImageFile(path).pixels;
+    requireSize(path, images.predicted, images.truth);
     try {
-        return scoreRooms(predicted, truth, map, options.unreached);
+        return scoreRooms(images.predicted, images.truth, images.map, options.unreached);
     } catch (const std::invalid_argument& error) {
         throw MapError(path + ": " + error.what());
     }
+}
+
+void tell(const ScoreObserver& observer, const ScoreImages& images) {
+    if (observer) observer(images);
 }
 
 /// The names of the maps that have a truth, in the order of the truths' file names.
@@ -132,17 +135,20 @@ class MapFolder {
           options_(options) {}
 
     /// Nothing if the map is not there in this variant, or has another size than its truth.
-    std::optional<MapScore> score(const std::string& name, const fs::path& results_dir) const {
+    std::optional<MapScore> score(const std::string& name, const fs::path& results_dir,
+                                  const ScoreObserver& observer) const {
         if (!isThere(mapPath(name))) return {};
-        const cv::Mat map = readGrey(mapPath(name));
-        const Truth truth = readTruth(truthPath(name), mapBeside(truthPath(name)), options_);
-        if (map.size() != truth.rooms.size()) return {};
+        ScoreImages images{name, {}, {}, readGrey(mapPath(name))};
+        images.truth = readTruth(truthPath(name), mapBeside(truthPath(name)), options_);
+        if (images.map.size() != images.truth.rooms.size()) return {};
+        MapScore score{name, {}, ""};
         try {
-            const std::string predicted = predictionOf(results_dir, name + suffix_);
-            return MapScore{name, scoreFile(predicted, truth, map, options_), ""};
+            score.score = scoreFile(predictionOf(results_dir, name + suffix_), images, options_);
         } catch (const MapError& error) {
-            return MapScore{name, scoreOfNothing(truth), error.what()};
+            return MapScore{name, scoreOfNothing(images.truth), error.what()};
         }
+        tell(observer, images);
+        return score;
     }
 
  private:
@@ -161,25 +167,29 @@ class MapFolder {
 }  // namespace
 
 Score scoreFiles(const std::string& predicted_path, const std::string& truth_path,
-                 const std::string& map_path, const ScoreOptions& options) {
+                 const std::string& map_path, const ScoreOptions& options,
+                 const ScoreObserver& observer) {
     const std::string beside = mapBeside(truth_path);
     const bool is_named = !nameOfTruth(truth_path).empty();
-    const Truth truth = readTruth(truth_path, is_named ? beside : map_path, options);
+    ScoreImages images;
+    images.truth = readTruth(truth_path, is_named ? beside : map_path, options);
     const std::string counting_map = map_path.empty() ? beside : map_path;
-    cv::Mat map;
     if (!counting_map.empty()) {
-        map = readGrey(counting_map);
-        requireSize(counting_map, map, truth);
+        images.map = readGrey(counting_map);
+        requireSize(counting_map, images.map, images.truth);
     }
-    return scoreFile(predicted_path, truth, map, options);
+    const Score score = scoreFile(predicted_path, images, options);
+    tell(observer, images);
+    return score;
 }
 
 std::vector<MapScore> scoreBatch(const std::string& results_dir, const std::string& maps_dir,
-                                 const std::string& variant, const ScoreOptions& options) {
+                                 const std::string& variant, const ScoreOptions& options,
+                                 const ScoreObserver& observer) {
     const MapFolder maps(maps_dir, variant, options);
     std::vector<MapScore> scores;
     for (const std::string& name : namesOfTruths(maps_dir)) {
-        const std::optional<MapScore> score = maps.score(name, results_dir);
+        const std::optional<MapScore> score = maps.score(name, results_dir, observer);
         if (score) scores.push_back(*score);
     }
     if (scores.empty()) {

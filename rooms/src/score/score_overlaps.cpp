@@ -65,14 +65,15 @@ std::vector<int> countAreas(const NumberedRooms& rooms, const cv::Mat& counted) 
     return areas;
 }
 
-/// The index of each number's room, -1 where it does not count; the areas go by index.
+/// The index of each number's room, -1 where it does not count; areas and numbers go by index.
 std::vector<int> indicesOf(const std::vector<int>& areas, int least_area,
-                           std::vector<double>& kept_areas) {
+                           std::vector<double>& kept_areas, std::vector<int>& kept_numbers) {
     std::vector<int> indices(areas.size(), -1);
     for (std::size_t number = 1; number < areas.size(); ++number) {
         if (areas[number] < least_area) continue;
         indices[number] = static_cast<int>(kept_areas.size());
         kept_areas.push_back(areas[number]);
+        kept_numbers.push_back(static_cast<int>(number));
     }
     return indices;
 }
@@ -117,7 +118,7 @@ NumberedRooms numberRooms(const cv::Mat& labels, const char* what, std::optional
                                [&](std::int64_t label) { return label == 0 || label == no_room; }),
                 rooms.end());
 
-    NumberedRooms numbered{cv::Mat(labels.size(), CV_32SC1), static_cast<int>(rooms.size())};
+    NumberedRooms numbered{cv::Mat(labels.size(), CV_32SC1), static_cast<int>(rooms.size()), {}};
     std::int64_t last = 0;
     int number = 0;
     for (std::size_t i = 0; i < all.size(); ++i) {
@@ -129,16 +130,18 @@ NumberedRooms numberRooms(const cv::Mat& labels, const char* what, std::optional
         }
         numbered.numbers.ptr<int>()[i] = number;  // A new image has no gaps between its rows.
     }
+    numbered.labels = std::move(rooms);
     return numbered;
 }
 
 Overlaps countOverlaps(const NumberedRooms& truth, const NumberedRooms& segments,
                        const cv::Mat& counted, const LeastAreas& least) {
     Overlaps overlaps;
-    const std::vector<int> truth_indices =
-        indicesOf(countAreas(truth, counted), least.truth, overlaps.truth_areas);
+    const std::vector<int> truth_indices = indicesOf(countAreas(truth, counted), least.truth,
+                                                     overlaps.truth_areas, overlaps.truth_numbers);
     const std::vector<int> segment_indices =
-        indicesOf(countAreas(segments, counted), least.segment, overlaps.segment_areas);
+        indicesOf(countAreas(segments, counted), least.segment, overlaps.segment_areas,
+                  overlaps.segment_numbers);
     for (const auto& [numbers, pixels] : countPairs(truth.numbers, segments.numbers, counted)) {
         const int i = truth_indices[static_cast<std::size_t>(numbers.first)];
         const int j = segment_indices[static_cast<std::size_t>(numbers.second)];

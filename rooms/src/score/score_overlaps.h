@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <opencv2/core.hpp>
 #include <optional>
 #include <vector>
@@ -10,6 +11,7 @@ namespace vorund::rooms {
 struct NumberedRooms {
     cv::Mat numbers;  ///< `CV_32SC1`: 0 = no room, then 1, 2, 3, ... by ascending label.
     int count = 0;
+    std::vector<std::int64_t> labels;  ///< That of number i is labels[i - 1]; see `RoomFate`.
 };
 
 /// @param labels   As for `scoreRooms`.
@@ -30,7 +32,9 @@ struct Overlap {
 struct Overlaps {
     std::vector<double> truth_areas;
     std::vector<double> segment_areas;
-    std::vector<Overlap> pairs;  ///< With common pixels, by truth, then by segment.
+    std::vector<int> truth_numbers;    ///< By index.
+    std::vector<int> segment_numbers;  ///< By index.
+    std::vector<Overlap> pairs;        ///< With common pixels, by truth, then by segment.
 };
 
 /// The smallest areas of rooms that count. [pixels]

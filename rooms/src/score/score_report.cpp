@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 #include "vorund/rooms/score_files.h"
 
@@ -74,6 +75,20 @@ Json asJson(const Score& score) {
         }
     }
     return json;
+}
+
+Json asJson(const std::vector<RoomFate>& fates) {
+    Json rooms = Json::array();
+    for (const RoomFate& fate : fates) {
+        Json room{{"room", fate.room},
+                  {"iou", fate.iou},
+                  {"missed", fate.isMissed()},
+                  {"split", fate.split},
+                  {"joined", nullptr}};
+        if (fate.joined) room["joined"] = {{"in", *fate.joined}, {"with", fate.joined_with}};
+        rooms.push_back(std::move(room));
+    }
+    return rooms;
 }
 
 /// File names need not be UTF-8, but JSON must be.
@@ -154,11 +169,20 @@ std::string scoreJson(const Score& score) {
     return textOf(asJson(score));
 }
 
-std::string scoreJson(const std::vector<MapScore>& maps) {
+std::string scoreJson(const Score& score, const std::vector<RoomFate>& fates) {
+    Json json = asJson(score);
+    json["rooms"] = asJson(fates);
+    return textOf(json);
+}
+
+std::string scoreJson(const std::vector<MapScore>& maps,
+                      const std::map<std::string, std::vector<RoomFate>>& fates) {
     Json json{{"maps", Json::object()}, {"summary", Json::object()}};
     for (const MapScore& map : maps) {
         Json& entry = json["maps"][map.name] = asJson(map.score);
         if (hasError(map)) entry["error"] = map.error;
+        const auto rooms = fates.find(map.name);
+        if (rooms != fates.end()) entry["rooms"] = asJson(rooms->second);
     }
     json["summary"]["maps"] = maps.size();
     json["summary"]["missing"] = std::count_if(maps.begin(), maps.end(), hasError);

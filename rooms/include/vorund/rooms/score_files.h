@@ -1,10 +1,14 @@
 #pragma once
 
+#include <functional>
+#include <map>
+#include <opencv2/core.hpp>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "vorund/export.h"
+#include "vorund/rooms/room_fates.h"
 #include "vorund/rooms/score.h"
 
 /// Scores of image files, one by one or a folder at a time, and how they are shown.
@@ -22,6 +26,17 @@ struct ScoreOptions {
     std::optional<int> unreached;  ///< As in `scoreRooms`.
 };
 
+/// The images behind a score.
+struct ScoreImages {
+    std::string name;  ///< NAME of a batch, without the variant; else empty.
+    cv::Mat predicted;
+    Truth truth;
+    cv::Mat map;  ///< Empty if there is none.
+};
+
+/// Is given the images of every score.
+using ScoreObserver = std::function<void(const ScoreImages&)>;
+
 /// Scores one label image.
 ///
 /// The truth of the map NAME.png is customarily called NAME_gt_segmentation.png. If it is, areas
@@ -31,7 +46,8 @@ struct ScoreOptions {
 ///                  pixels count if that is missing too.
 /// @throws MapError  if a file cannot be read, if sizes differ, or if no pixel counts.
 VORUND_EXPORT Score scoreFiles(const std::string& predicted_path, const std::string& truth_path,
-                               const std::string& map_path = "", const ScoreOptions& options = {});
+                               const std::string& map_path = "", const ScoreOptions& options = {},
+                               const ScoreObserver& observer = {});
 
 /// The score of one map of a batch.
 struct MapScore {
@@ -53,7 +69,8 @@ inline constexpr char kBareVariant[] = "bare";
 VORUND_EXPORT std::vector<MapScore> scoreBatch(const std::string& results_dir,
                                                const std::string& maps_dir,
                                                const std::string& variant = kBareVariant,
-                                               const ScoreOptions& options = {});
+                                               const ScoreOptions& options = {},
+                                               const ScoreObserver& observer = {});
 
 /// A figure over the maps of a batch.
 struct FigureSummary {
@@ -76,9 +93,16 @@ VORUND_EXPORT std::string scoreText(const std::vector<MapScore>& maps);
 /// An object with all figures by name.
 VORUND_EXPORT std::string scoreJson(const Score& score);
 
+/// The same, and "rooms": for each true room an object with "room" (its number), "iou", "missed",
+/// "split" (the labels of the pieces, none for a whole room) and "joined" (null, or an object with
+/// "in", the predicted room's label, and "with", the numbers of the other true rooms in it).
+VORUND_EXPORT std::string scoreJson(const Score& score, const std::vector<RoomFate>& fates);
+
 /// An object with "maps" (by name: the figures, and "error" if there is one) and "summary" ("maps"
 /// and "missing": how many there are and how many of them have an error; then for each figure
 /// [mean, deviation]). @throws std::invalid_argument  if there are no maps.
-VORUND_EXPORT std::string scoreJson(const std::vector<MapScore>& maps);
+/// @param fates  By the map's name: its object then has "rooms", as above.
+VORUND_EXPORT std::string scoreJson(const std::vector<MapScore>& maps,
+                                    const std::map<std::string, std::vector<RoomFate>>& fates = {});
 
 }  // namespace vorund::rooms
