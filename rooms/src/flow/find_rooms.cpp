@@ -12,6 +12,7 @@
 #include "flow/regions.h"
 #include "flow/separators.h"
 #include "maps/working_map.h"
+#include "passages/detail.h"
 #include "passages/merge_open_passages.h"
 #include "vorund/rooms/map_reader.h"
 
@@ -43,10 +44,10 @@ void mergeByPasses(Regions& regions, const Settings& settings, const FlowObserve
     });
 }
 
-void mergeByPassages(Regions& regions, const cv::Mat& floor, const Settings& settings,
+void mergeByPassages(Regions& regions, const cv::Mat& floor, const RoomsConfig& config,
                      const FlowObserver& observer) {
     begin(observer, kStepMergePassages);
-    mergeOpenPassages(regions, floor, settings.rooms);
+    mergeOpenPassages(regions, floor, config);
     tell(observer, kStepMergePassages, regions);
 }
 
@@ -55,13 +56,14 @@ std::vector<RemovedIsland> mergeRooms(Regions& regions, const WorkingMap& map,
                                       const Settings& settings, const FlowObserver& observer) {
     begin(observer, kStepIslands);
     const bool by_passages = settings.rooms.merging == kMergeByPassages;
+    const RoomsConfig config = atDetail(settings.rooms);
     // A room that stands alone on a large map is a room, too.
     std::vector<RemovedIsland> islands =
-        by_passages ? removeIslands(regions, settings.rooms.least_area, 0.0)
+        by_passages ? removeIslands(regions, config.least_area, 0.0)
                     : removeIslands(regions, settings.core.merge_nodes_in_place.area_threshold);
     tell(observer, kStepIslands, regions);
     if (by_passages) {
-        mergeByPassages(regions, map.floor(), settings, observer);
+        mergeByPassages(regions, map.floor(), config, observer);
     } else {
         mergeByPasses(regions, settings, observer);
     }

@@ -20,6 +20,7 @@ constexpr int kMostArea = 1'000'000'000;
 constexpr double kMostLine = 1e6;
 constexpr int kMostBins = 36'000;
 constexpr double kMostMetres = 1e6;     // [m or m^2]
+constexpr double kMostDetail = 2.0;
 constexpr double kMostSimplify = 10.0;  // [m]; wider than rooms are.
 constexpr int kLeastBlock = 40'000;     // [pixels]; smaller ones see too little around them.
 constexpr int kMostBlock = 64'000'000;  // The largest map.
@@ -221,6 +222,7 @@ void addRooms(const Group<RoomsConfig>& group) {
     group.add("narrow_ratio", &RoomsConfig::narrow_ratio, number(0, 1));
     group.add("narrow_passage", &RoomsConfig::narrow_passage, number(0, kMostMetres));
     group.add("least_area", &RoomsConfig::least_area, number(0, kMostMetres));
+    group.add("detail", &RoomsConfig::detail, number(-kMostDetail, kMostDetail));
     group.add("clear_clutter", &RoomsConfig::clear_clutter, flag());
     group.add("loose_part", &RoomsConfig::loose_part, number(0, kMostMetres));
     group.add("loose_block", &RoomsConfig::loose_block, number(0, kMostMetres));

@@ -27,6 +27,10 @@ struct RoomsConfig {
     double narrow_ratio = 0.7;
     double narrow_passage = 1.25;  ///< As wide as a wide door. [m]
     double least_area = 2.0;       ///< Of a room. [m^2]
+    /// One knob over the three before: -2 for few large rooms to 2 for many small ones. The odds of
+    /// the ratios are multiplied by 1 + detail, `least_area` is divided by it; below 0 it is the
+    /// other way round, by 1 - detail.
+    double detail = 0.0;
 
     /// Take out what stands free in rooms before they are looked for.
     bool clear_clutter = true;
