@@ -19,16 +19,29 @@ constexpr int kMostJobs = 1024;
 struct Raw {
     std::string free;
     std::string values = "map";
+    std::string detail;
     bool straight_borders = false;
     bool verbose = false;
     bool quiet = false;
     bool version = false;
 };
 
-void addSettings(CLI::App& command, SettingsArguments& settings) {
+void addSettings(CLI::App& command, SettingsArguments& settings, std::string& detail) {
+    command
+        .add_option("--preset", settings.preset,
+                    "settings for a kind of building that the defaults fit less well: home, office "
+                    "or warehouse; --config and --set go over it")
+        ->check(notEmpty())
+        ->type_name("NAME");
     command.add_option("--config", settings.file, "YAML file of settings")
         ->check(notEmpty())
         ->type_name("FILE");
+    command
+        .add_option("--detail", detail,
+                    "-2 to 2: few large rooms to many small ones, 0 as the settings say (the "
+                    "setting rooms/detail)")
+        ->check(CLI::Range(-2.0, 2.0))
+        ->type_name("NUMBER");
     // One value each: a map may follow.
     command
         .add_option("--set", settings.sets,
@@ -81,7 +94,7 @@ void addBatch(CLI::App& command, Arguments& arguments) {
 void addSegment(CLI::App& app, Arguments& arguments, Raw& raw) {
     CLI::App& command = *app.add_subcommand("segment", "Find the rooms of a map");
     addMapsAndOutput(command, arguments);
-    addSettings(command, arguments.settings);
+    addSettings(command, arguments.settings, raw.detail);
     command.add_flag("--straight-borders", raw.straight_borders,
                      "draw the borders between rooms along their straight cuts (the setting "
                      "rooms/straight_borders)");
@@ -131,7 +144,7 @@ Arguments parseArguments(int argc, const char* const* argv) {
     app.add_flag("--version", raw.version, "print the version and exit");
     addSegment(app, arguments, raw);
     CLI::App& config = *app.add_subcommand("config", "Print the settings in force as YAML");
-    addSettings(config, arguments.settings);
+    addSettings(config, arguments.settings, raw.detail);
     CLI::App& score = addScore(app, arguments.score);
     try {
         app.parse(argc, argv);
@@ -151,6 +164,7 @@ Arguments parseArguments(int argc, const char* const* argv) {
     if (app.got_subcommand(&config)) arguments.command = Command::kConfig;
     if (app.got_subcommand(&score)) arguments.command = Command::kScore;
     if (raw.straight_borders) arguments.settings.sets.emplace_back("rooms/straight_borders=true");
+    if (!raw.detail.empty()) arguments.settings.sets.push_back("rooms/detail=" + raw.detail);
     arguments.reading = readOptions(raw);
     arguments.verbosity = verbosity(raw);
     return arguments;

@@ -18,7 +18,8 @@ class UsageError : public std::runtime_error {
 
 /// Where the settings come from.
 struct SettingsArguments {
-    std::string file;               ///< Empty for none.
+    std::string preset;             ///< Name, empty for none.
+    std::string file;               ///< Empty for none. Over the preset.
     std::vector<std::string> sets;  ///< KEY=VALUE, applied in this order after the file.
 };
 

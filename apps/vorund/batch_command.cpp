@@ -34,6 +34,9 @@ bool startsWith(const std::string& text, const std::string& start) {
 /// What is the same for all maps of a batch.
 std::vector<std::string> commonOptions(const Arguments& arguments) {
     std::vector<std::string> options;
+    if (!arguments.settings.preset.empty()) {
+        options.push_back("--preset=" + arguments.settings.preset);
+    }
     if (!arguments.settings.file.empty()) options.push_back("--config=" + arguments.settings.file);
     for (const std::string& set : arguments.settings.sets) options.push_back("--set=" + set);
     options.emplace_back("--set=debug/show_images=false");

@@ -1,5 +1,6 @@
 #include "settings_in_force.h"
 
+#include "presets.h"
 #include "vorund/rooms/settings.h"
 
 namespace vorund::app {
@@ -25,11 +26,17 @@ rooms::Settings settingsInForce(const SettingsArguments& arguments, Terminal& te
     rooms::Settings tried;
     applyAll(arguments.sets, tried);  // Wrong usage is told before any file is looked at.
 
+    std::vector<std::string> files;
+    if (!arguments.preset.empty()) files.push_back(presetFile(arguments.preset));
+    if (!arguments.file.empty()) files.push_back(arguments.file);
+
     rooms::Settings settings;
     std::vector<std::string> warnings;
-    if (!arguments.file.empty()) warnings = rooms::loadSettings(arguments.file, settings);
-    const std::vector<std::string> more = applyAll(arguments.sets, settings);
-    warnings.insert(warnings.end(), more.begin(), more.end());
+    const auto keep = [&](const std::vector<std::string>& more) {
+        warnings.insert(warnings.end(), more.begin(), more.end());
+    };
+    for (const std::string& file : files) keep(rooms::loadSettings(file, settings));
+    keep(applyAll(arguments.sets, settings));
     for (const std::string& warning : warnings) terminal.warn(warning);
     return settings;
 }
