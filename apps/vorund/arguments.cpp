@@ -4,6 +4,7 @@
 
 #include "option_checks.h"
 #include "score_arguments.h"
+#include "tune_arguments.h"
 
 namespace vorund::app {
 namespace {
@@ -146,6 +147,8 @@ Arguments parseArguments(int argc, const char* const* argv) {
     CLI::App& config = *app.add_subcommand("config", "Print the settings in force as YAML");
     addSettings(config, arguments.settings, raw.detail);
     CLI::App& score = addScore(app, arguments.score);
+    CLI::App& tune = addTune(app, arguments.tune);
+    addSettings(tune, arguments.settings, raw.detail);
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp&) {
@@ -159,10 +162,11 @@ Arguments parseArguments(int argc, const char* const* argv) {
         return arguments;
     }
     if (app.get_subcommands().empty())
-        throw UsageError("a command is needed: segment, score or config");
+        throw UsageError("a command is needed: segment, score, tune or config");
     arguments.command = Command::kSegment;
     if (app.got_subcommand(&config)) arguments.command = Command::kConfig;
     if (app.got_subcommand(&score)) arguments.command = Command::kScore;
+    if (app.got_subcommand(&tune)) arguments.command = Command::kTune;
     if (raw.straight_borders) arguments.settings.sets.emplace_back("rooms/straight_borders=true");
     if (!raw.detail.empty()) arguments.settings.sets.push_back("rooms/detail=" + raw.detail);
     arguments.reading = readOptions(raw);

@@ -35,7 +35,17 @@ struct ScoreArguments {
     bool json = false;
 };
 
-enum class Command { kPrint, kSegment, kConfig, kScore };
+/// What is searched.
+struct TuneArguments {
+    std::string maps_dir;
+    std::string output = "tuned.yaml";
+    int evaluations = 60;
+    int folds = 2;
+    std::string variant = rooms::kBareVariant;
+    rooms::ScoreOptions options;
+};
+
+enum class Command { kPrint, kSegment, kConfig, kScore, kTune };
 
 struct Arguments {
     Command command = Command::kPrint;
@@ -54,6 +64,7 @@ struct Arguments {
     Verbosity verbosity = Verbosity::kNormal;
 
     ScoreArguments score;
+    TuneArguments tune;
 };
 
 /// @throws UsageError

@@ -32,6 +32,12 @@ void runBatch(const Arguments& arguments, Terminal& terminal);
 ///         are maps that could not be scored.
 void runScore(const ScoreArguments& arguments);
 
+/// Searches settings for maps with their truths, and writes them as YAML.
+/// @throws std::runtime_error  that names the file and the cause, before anything is searched
+///                             where it can be told then.
+/// @throws Interrupted         what was tried is in the state file.
+void runTune(const Arguments& arguments, Terminal& terminal);
+
 /// Prints the settings in force on standard output.
 /// @throws std::runtime_error  that names the file and the cause.
 void runConfig(const Arguments& arguments, Terminal& terminal);

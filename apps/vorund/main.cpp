@@ -45,6 +45,8 @@ void run(const Arguments& arguments) {
     switch (arguments.command) {
         case Command::kConfig:
             return runConfig(arguments, terminal);
+        case Command::kTune:
+            return runTune(arguments, terminal);
         case Command::kScore:
             return runScore(arguments.score);
         default:

@@ -135,19 +135,26 @@ class MapFolder {
           options_(options) {}
 
     /// Nothing if the map is not there in this variant, or has another size than its truth.
-    std::optional<MapScore> score(const std::string& name, const fs::path& results_dir,
-                                  const ScoreObserver& observer) const {
+    std::optional<ScoreImages> read(const std::string& name) const {
         if (!isThere(mapPath(name))) return {};
         ScoreImages images{name, {}, {}, readGrey(mapPath(name))};
         images.truth = readTruth(truthPath(name), mapBeside(truthPath(name)), options_);
         if (images.map.size() != images.truth.rooms.size()) return {};
+        return images;
+    }
+
+    /// Likewise.
+    std::optional<MapScore> score(const std::string& name, const fs::path& results_dir,
+                                  const ScoreObserver& observer) const {
+        std::optional<ScoreImages> images = read(name);
+        if (!images) return {};
         MapScore score{name, {}, ""};
         try {
-            score.score = scoreFile(predictionOf(results_dir, name + suffix_), images, options_);
+            score.score = scoreFile(predictionOf(results_dir, name + suffix_), *images, options_);
         } catch (const MapError& error) {
-            return MapScore{name, scoreOfNothing(images.truth), error.what()};
+            return MapScore{name, scoreOfNothing(images->truth), error.what()};
         }
-        tell(observer, images);
+        tell(observer, *images);
         return score;
     }
 
@@ -164,7 +171,24 @@ class MapFolder {
     ScoreOptions options_;
 };
 
+[[noreturn]] void throwNoMap(const std::string& maps_dir, const std::string& variant) {
+    throw MapError(maps_dir + ": no map of the variant \"" + variant + "\" with a truth NAME" +
+                   kTruthEnding + " of its size");
+}
+
 }  // namespace
+
+std::vector<ScoreImages> readMapsWithTruth(const std::string& maps_dir, const std::string& variant,
+                                           const ScoreOptions& options) {
+    const MapFolder folder(maps_dir, variant, options);
+    std::vector<ScoreImages> maps;
+    for (const std::string& name : namesOfTruths(maps_dir)) {
+        std::optional<ScoreImages> images = folder.read(name);
+        if (images) maps.push_back(std::move(*images));
+    }
+    if (maps.empty()) throwNoMap(maps_dir, variant);
+    return maps;
+}
 
 Score scoreFiles(const std::string& predicted_path, const std::string& truth_path,
                  const std::string& map_path, const ScoreOptions& options,
@@ -192,10 +216,7 @@ std::vector<MapScore> scoreBatch(const std::string& results_dir, const std::stri
         const std::optional<MapScore> score = maps.score(name, results_dir, observer);
         if (score) scores.push_back(*score);
     }
-    if (scores.empty()) {
-        throw MapError(maps_dir + ": no map of the variant \"" + variant + "\" with a truth NAME" +
-                       kTruthEnding + " of its size");
-    }
+    if (scores.empty()) throwNoMap(maps_dir, variant);
     return scores;
 }
 

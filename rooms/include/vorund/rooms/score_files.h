@@ -59,6 +59,12 @@ struct MapScore {
 /// The variant whose files have no suffix.
 inline constexpr char kBareVariant[] = "bare";
 
+/// The maps of a folder with their truths, by the rules of `scoreBatch`; `predicted` is empty.
+/// @throws MapError  as `scoreBatch`.
+VORUND_EXPORT std::vector<ScoreImages> readMapsWithTruth(const std::string& maps_dir,
+                                                         const std::string& variant = kBareVariant,
+                                                         const ScoreOptions& options = {});
+
 /// Scores the predictions for all maps of a folder that have a truth NAME_gt_segmentation.png, in
 /// the order of the truths' file names. Maps without the variant are left out, and so are those
 /// where it has another size than the truth.
