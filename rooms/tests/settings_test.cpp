@@ -119,6 +119,7 @@ rooms:
   narrow_ratio: 0.375
   narrow_passage: 1.125
   least_area: 2.25
+  detail: -0.5
   clear_clutter: false
   loose_part: 1.5
   loose_block: 1.625
@@ -175,6 +176,7 @@ Settings changedSettings() {
     rooms.narrow_ratio = 0.375;
     rooms.narrow_passage = 1.125;
     rooms.least_area = 2.25;
+    rooms.detail = -0.5;
     rooms.clear_clutter = false;
     rooms.loose_part = 1.5;
     rooms.loose_block = 1.625;
@@ -708,6 +710,7 @@ std::vector<Range> stages() {
         real("rooms/narrow_ratio", {"0", "1"}, {"1.01"}),
         real("rooms/narrow_passage", {"0", "1e6"}, {"1000000.1"}),
         real("rooms/least_area", {"0", "1e6"}, {"1000000.1"}),
+        range("rooms/detail", {"-2", "0", "1.5", "2"}, {"-2.1", "2.1", ".nan", ".inf"}),
         flag("rooms/clear_clutter"),
         real("rooms/loose_part", {"0", "1e6"}, {"1000000.1"}),
         real("rooms/loose_block", {"0", "1e6"}, {"1000000.1"}),

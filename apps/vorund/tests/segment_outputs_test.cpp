@@ -104,7 +104,9 @@ TEST_F(SegmentOutputs, TellOfOneRoomAndOfIslandsInOneLine) {
     cv::copyMakeBorder(one_room, closed, 0, 0, 0, 2, cv::BORDER_CONSTANT, cv::Scalar(0));
     EXPECT_THAT(segment(image("one.png", closed)).out,
                 MatchesRegex("1 room, 70 x 80 pixels \\(3.5 m x 4.0 m\\), [0-9.]+ s\n"));
-    EXPECT_THAT(segment(image("island.png", twoRoomsAndACloset())).out,
+    EXPECT_THAT(segment(image("island.png", twoRoomsAndACloset()),
+                        {"--set", "rooms/clear_clutter=false"})
+                    .out,
                 MatchesRegex("2 rooms, 1 island removed, 140 x 110 pixels \\(7.0 m x 5.5 m\\), "
                              "[0-9.]+ s\n"));
     const Json islands = json("rooms.json")["islands"];
@@ -152,7 +154,8 @@ TEST_F(SegmentOutputs, HaveManyRegionsIn16Bits) {
             if (row > 0) map(cv::Rect(corner.x + 8, corner.y - 4, 14, 4)) = 254;
         }
     }
-    ASSERT_EQ(segment(image("map.png", map)).status, 0);
+    // Nothing joins the pieces of wall between four doors to the rest: they are no clutter here.
+    ASSERT_EQ(segment(image("map.png", map), {"--set", "rooms/clear_clutter=false"}).status, 0);
     EXPECT_EQ(json("rooms.json")["rooms"].size(), 324U);
     for (const std::string name : {"segments.png", "rooms.png"}) {
         const cv::Mat labels = result(name);
@@ -163,11 +166,16 @@ TEST_F(SegmentOutputs, HaveManyRegionsIn16Bits) {
 }
 
 TEST_F(SegmentOutputs, JoinRoomsAsTheSettingsSay) {
-    // The door is 0.7 m wide: nothing parts the rooms if borders above 0.3 m are open.
-    const Outcome outcome = segment(image("map.png", twoRooms()),
-                                    {"--set", "merge_edges_in_place/length_threshold=0.3"});
-    EXPECT_THAT(outcome.out, ::testing::StartsWith("1 room, "));
-    EXPECT_EQ(cv::countNonZero(result("rooms.png") > 1), 0);
+    // The door is 0.7 m wide: nothing parts the rooms if borders above 0.3 m are open, nor if the
+    // smallest opening is no doorway.
+    const std::string map = image("map.png", twoRooms());
+    for (const std::vector<std::string>& options :
+         {std::vector<std::string>{"--set", "rooms/merging=passes", "--set",
+                                   "merge_edges_in_place/length_threshold=0.3"},
+          std::vector<std::string>{"--set", "rooms/narrow_ratio=0"}}) {
+        EXPECT_THAT(segment(map, options).out, ::testing::StartsWith("1 room, "));
+        EXPECT_EQ(cv::countNonZero(result("rooms.png") > 1), 0);
+    }
 }
 
 }  // namespace

@@ -37,8 +37,8 @@ TEST_F(Timings, AreThoseOfTheStagesInTheirOrder) {
     ASSERT_EQ(segmentWithTimes(image("map.png", twoRooms())).status, 0);
     EXPECT_THAT(stagesOf(times()),
                 ElementsAre("read", "prepare", "denoise", "dilate", "ridges", "scales",
-                            "over-segment", "fill", "restore", "separate", "islands", "merge-nodes",
-                            "merge-edges", "cuts", "records", "write"));
+                            "over-segment", "fill", "restore", "separate", "islands",
+                            "merge-passages", "cuts", "records", "write"));
 }
 
 TEST_F(Timings, AddUpToTheWhole) {
@@ -64,8 +64,7 @@ TEST_F(Timings, LeaveOutStagesThatDoNotRun) {
     const cv::Mat hall(80, 80, CV_8UC1, cv::Scalar(254));
     ASSERT_EQ(segmentWithTimes(image("hall.png", hall)).status, 0);
     EXPECT_THAT(stagesOf(times()),
-                ElementsAre("read", "prepare", "separate", "islands", "merge-nodes", "merge-edges",
-                            "cuts", "records", "write"));
+                ElementsAre("read", "prepare", "separate", "islands", "merge-passages", "cuts", "records", "write"));
 }
 
 TEST_F(Timings, ChangeNoResult) {

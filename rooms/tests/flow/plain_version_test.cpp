@@ -85,7 +85,7 @@ class PlainFlowOnPlans : public FindRooms, public ::testing::WithParamInterface<
 TEST_P(PlainFlowOnPlans, GivesTheSameRooms) {
     const auto& [plan, config] = GetParam();
     const GridMap map = mapOf(test::workingMap(test::makePlan(plan.options)));
-    Settings settings;
+    Settings settings = byPasses();
     settings.core = config.config;
     settings.rooms.straight_borders = plan.options.seed % 2 == 0;
     Told told;
@@ -108,7 +108,7 @@ class PlainFlow : public FindRooms {
  protected:
     /// Whatever thresholds merging has, rooms come together in the same order.
     static Settings merging(double area_threshold, double length_threshold) {
-        Settings settings;
+        Settings settings = byPasses();
         settings.core.merge_nodes_in_place.area_threshold = area_threshold;
         settings.core.merge_edges_in_place.length_threshold = length_threshold;
         return settings;
@@ -147,7 +147,7 @@ TEST_F(PlainFlow, RemovesTheSameIslandsAndPutsTheSameRimAround) {
     walls(cv::Rect(73, 94, 3, 5)) = 0;
     const GridMap map = mapOf(walls);
     Told told;
-    const Rooms rooms = find(map, {}, observerOf(told));
+    const Rooms rooms = find(map, byPasses(), observerOf(told));
     EXPECT_EQ(rooms.rooms.size(), 2U);
     EXPECT_GE(rooms.islands.size(), 2U);
     expectSame(rooms, told, reference::findRooms(map.values, {}));
@@ -160,7 +160,7 @@ TEST_F(PlainFlow, FindsTheSameRoomsInNoise) {
         test::RandomImages random(seed);
         const cv::Size size(60 + random.below(60), 60 + random.below(60));
         const cv::Mat map = (random.patches(size, 25, 1) & 3) == 1;
-        Settings settings;
+        Settings settings = byPasses();
         settings.core.generate_denoised_alone.components_in_remove_small_connected_components
             .min_size = 10;
         settings.rooms.straight_borders = random.below(2) == 0;
@@ -197,7 +197,7 @@ TEST_F(PlainFlow, FindsTheSameRoomsOnRealMaps) {
         SCOPED_TRACE(path);
         const GridMap map = readMap(path);
         for (const test::NamedConfig& config : mainConfigs()) {
-            Settings settings;
+            Settings settings = byPasses();
             settings.core = config.config;
             Told told;
             const Rooms rooms = find(map, settings, observerOf(told));

@@ -11,11 +11,17 @@ namespace {
 
 namespace rooms = vorund::rooms;
 
-constexpr std::array<const char*, 13> kStages{
-    vorund::kStageDenoise,     vorund::kStageDilate, vorund::kStageRidges,   vorund::kStageScales,
-    vorund::kStageOverSegment, vorund::kStageFill,   vorund::kStageRestore,  vorund::kStageFinished,
-    rooms::kStepSeparate,      rooms::kStepIslands,  rooms::kStepMergeNodes, rooms::kStepMergeEdges,
-    rooms::kStepCuts};
+constexpr std::array<const char*, 12> kStages{
+    vorund::kStageDenoise, vorund::kStageDilate,      vorund::kStageRidges,
+    vorund::kStageScales,  vorund::kStageOverSegment, vorund::kStageFill,
+    vorund::kStageRestore, vorund::kStageFinished,    rooms::kStepSeparate,
+    rooms::kStepIslands,   rooms::kStepMergePassages, rooms::kStepCuts};
+
+/// What takes another's place: in blocks, and where the settings ask for both passes.
+constexpr std::array<std::array<const char*, 2>, 3> kInPlaceOf{
+    {{rooms::kStageBlocks, vorund::kStageOverSegment},
+     {rooms::kStepMergeNodes, rooms::kStepMergePassages},
+     {rooms::kStepMergeEdges, rooms::kStepMergePassages}}};
 
 std::string oneLine(std::string text) {
     while (!text.empty() && text.back() == '\n') text.pop_back();
@@ -67,8 +73,12 @@ Outcome segment(const nav_msgs::OccupancyGrid& map, const Choices& choices,
 }
 
 int stageNumber(const std::string& stage) {
+    std::string usual = stage;
+    for (const auto& [other, place] : kInPlaceOf) {
+        if (stage == other) usual = place;
+    }
     for (std::size_t i = 0; i < kStages.size(); ++i) {
-        if (stage == kStages[i]) return static_cast<int>(i) + 1;
+        if (usual == kStages[i]) return static_cast<int>(i) + 1;
     }
     return 0;
 }

@@ -12,7 +12,7 @@ from vorund_msgs.msg import FindRoomsAction, FindRoomsGoal
 from vorund_msgs.srv import LoadRooms, SaveRooms, SegmentMap
 
 STAGES = ["denoise", "dilate", "ridges", "scales", "over-segment", "fill", "restore", "finished",
-          "separate", "islands", "merge-nodes", "merge-edges", "cuts"]
+          "separate", "islands", "merge-passages", "cuts"]
 
 
 class Segmenting(world.Case):

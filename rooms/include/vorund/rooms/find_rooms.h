@@ -22,8 +22,8 @@ struct RoomGraph {
     Graph graph;
 };
 
-/// A map that is divided into blocks has this instead of `kStageDilate` and `kStageScales`: `done`
-/// blocks of `total`, which grows by one where a block is cut in two.
+/// A map that is divided into blocks has this instead of the stages from `kStageRidges` on, but for
+/// `kStageScales`: `done` blocks of `total`.
 inline constexpr char kStageBlocks[] = "blocks";
 
 /// The steps of `findRooms` after those of `doSegment`, in their order.
@@ -49,12 +49,12 @@ struct FlowObserver {
     std::function<void(const std::string& name, const cv::Mat& picture)> picture;
 };
 
-/// From a robot's map to its rooms: `doSegment`, the borders between its rooms, islands removed,
-/// small rooms merged and rooms joined across open borders, a straight cut for every border left.
+/// From a robot's map to its rooms: clutter taken out, `doSegment`, the borders between its
+/// regions, islands removed, regions joined across passages that are no doorways, a straight cut
+/// for every border left.
 ///
-/// A map with more rooms than the core's 8-bit labels hold, or with more than 16 million pixels at
-/// the working resolution, is segmented in blocks that overlap, and their rooms are joined
-/// (`Rooms::blocks` tells how many).
+/// A map with more regions than the core's 8-bit labels hold, or with more than 16 million pixels
+/// at the working resolution, is segmented in blocks that overlap (`Rooms::blocks` tells how many).
 ///
 /// @throws MapError       as `segmentMap`, though not for a map with many rooms.
 /// @throws Cancelled      when the observer asks to stop.

@@ -15,7 +15,7 @@ struct RoomsConfig {
     /// When a map is segmented in blocks: "auto", if one piece does not hold it, or "always".
     std::string blocks = "auto";
     /// Most pixels of a block, with what is seen around it, >= 40000. [pixels at 0.05 m]
-    int block_pixels = 4'000'000;
+    int block_pixels = 16'000'000;
 
     /// How regions become rooms: "passages", by how open the passages between them are, or
     /// "passes", by the core's two merge passes.
@@ -34,8 +34,8 @@ struct RoomsConfig {
 
     /// Take out what stands free in rooms before they are looked for.
     bool clear_clutter = true;
-    double loose_part = 2.0;    ///< Larger side of parts that nothing joins to the walls. [m]
-    double loose_block = 2.5;   ///< The same for parts at least 0.5 m thick. [m]
+    double loose_part = 2.0;   ///< Larger side of parts that nothing joins to the walls. [m]
+    double loose_block = 2.5;  ///< The same for parts at least 0.5 m thick. [m]
     double wall_line = 0.7;  ///< Loose parts stay where so much of 8 m along them is wall, 0 to 1.
     double closed_floor = 4.0;  ///< Enclosed floor below this area is no room. [m^2]
 };
