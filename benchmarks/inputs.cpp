@@ -90,7 +90,7 @@ Tile makeTile(int side, Kind kind) {
 }  // namespace
 
 const char* nameOf(Kind kind) {
-    return kind == Kind::kDefault ? "default" : "thick-walls";
+    return kind == Kind::kDefault ? "default" : "thin-walls";
 }
 
 Kind kindOf(const std::string& name) {
@@ -102,7 +102,7 @@ Kind kindOf(const std::string& name) {
 
 rooms::Settings settingsOf(Kind kind) {
     rooms::Settings settings;
-    if (kind == Kind::kThickWalls) settings.core = test::thickWalls();
+    if (kind == Kind::kThinWalls) settings.core = test::thinWalls();
     return settings;
 }
 

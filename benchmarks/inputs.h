@@ -14,8 +14,8 @@
 namespace vorund::bench {
 
 /// The settings under which everything is measured, by name.
-enum class Kind { kDefault, kThickWalls };
-inline constexpr std::array<Kind, 2> kKinds{Kind::kDefault, Kind::kThickWalls};
+enum class Kind { kDefault, kThinWalls };
+inline constexpr std::array<Kind, 2> kKinds{Kind::kDefault, Kind::kThinWalls};
 const char* nameOf(Kind kind);
 /// @throws std::invalid_argument  for a name that is none.
 Kind kindOf(const std::string& name);

@@ -13,7 +13,7 @@ WHOLE = "whole"
 WHOLE_BUDGET = 0.09
 STAGES = [stage for _, stages in GROUPS.values() for stage in stages]
 
-SETTINGS = ["default", "thick-walls"]
+SETTINGS = ["default", "thin-walls"]
 SIDES = [500, 1000, 2000, 4000, 8000]
 TABLE_SIDE = 1000  # The size at which everything is compared.
 

@@ -64,16 +64,16 @@ inline cv::Mat workingMap(const Plan& plan) {
     return map;
 }
 
-/// Walls widened by four pixels on either side, seeds that keep well off them, none left out.
-inline Config thickWalls() {
+/// Walls widened by one pixel on either side, seeds that come near them, short-lived ones left out.
+inline Config thinWalls() {
     Config config;
-    config.dilate_binary = {3, 4};
-    config.compute_labels_list.generate_gaussian_seeds_skimage.threshold = 0.01;
-    config.over_segment.generate_map_initial_seeds.filter_threshold = 0;
+    config.dilate_binary = {3, 1};
+    config.compute_labels_list.generate_gaussian_seeds_skimage.threshold = 0.04;
+    config.over_segment.generate_map_initial_seeds.filter_threshold = 1;
     return config;
 }
 
-/// The defaults; thick walls with small seeds; and whatever else changes a stage's way.
+/// The defaults; thin walls with large seeds; and whatever else changes a stage's way.
 inline std::vector<NamedConfig> variedConfigs() {
     NamedConfig diagonal{"diagonal", {}};
     diagonal.config.over_segment.create_watershed_segment_skimage.connectivity = 8;
@@ -87,7 +87,7 @@ inline std::vector<NamedConfig> variedConfigs() {
     fine.config.generate_denoised_alone.crop_single_info.padding = 2;
     fine.config.generate_denoised_alone.components_in_remove_small_connected_components.min_size =
         20;
-    return {{"defaults", {}}, {"thickWalls", thickWalls()}, diagonal, fine};
+    return {{"defaults", {}}, {"thinWalls", thinWalls()}, diagonal, fine};
 }
 
 }  // namespace vorund::test
