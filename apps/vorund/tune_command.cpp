@@ -107,6 +107,8 @@ class Tuning {
         return best;
     }
 
+    bool isFittedToItsMaps() const { return folds_ > 0 && unseen_ < before_; }
+
     std::string report() const {
         std::string text = "maps: " + std::to_string(samples_.size()) +
                            "\nbefore: " + figure(before_) + "\nafter: " + figure(after_) + "\n";
@@ -215,6 +217,11 @@ void runTune(const Arguments& arguments, Terminal& terminal) {
         commented(tuning.report()) + rooms::settingsAsYaml(withValues(best, start));
     output.write(path.filename().string(), std::vector<std::uint8_t>(yaml.begin(), yaml.end()));
     output.commit();
+    if (tuning.isFittedToItsMaps()) {
+        terminal.warn(tune.output +
+                      ": on maps that a search was not given, what it finds does worse than the "
+                      "settings before; keep those, or add maps");
+    }
     std::string found;
     for (const std::string& value : best) found += value + "\n";
     printResult(found + tuning.report());

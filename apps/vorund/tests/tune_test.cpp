@@ -153,6 +153,25 @@ TEST_F(Tune, DoesNotRunAnythingTwice) {
     EXPECT_EQ(figure(outcome, "after"), 0.25);
 }
 
+TEST_F(Tune, WarnsOfSettingsThatFitOnlyTheirMaps) {
+    ASSERT_EQ(tune("a", 2).err, "");
+    // As if the second values were better on both maps of one part, and useless on the third.
+    Json json = Json::parse(state("a"));
+    const std::string start = "rooms/open_ratio=0.5";
+    for (auto& entry : json["evaluations"]) {
+        const bool is_start = entry["values"][0] == start;
+        entry["scores"] = {{"door14", is_start ? 0.9 : 1.0},
+                           {"door16", is_start ? 0.9 : 0.0},
+                           {"door18", is_start ? 0.9 : 1.0}};
+    }
+    folder_.write("a/" + std::string(kState), json.dump());
+    const Outcome outcome = tune("a", 2);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(figure(outcome, "after"), 0.9);
+    EXPECT_EQ(figure(outcome, "unseen"), 0.6);
+    EXPECT_THAT(outcome.err, HasSubstr("warning: " + tuned("a") + ": on maps that a search"));
+}
+
 TEST_F(Tune, LeavesOneMapOutIfThereAreAsManyFolds) {
     const Outcome outcome = tune("a", 2, {"--folds", "50"});
     EXPECT_THAT(splitLines(outcome.out), Contains(StartsWith("without part 3 of 3, 2 of 2: ")));
