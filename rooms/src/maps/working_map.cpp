@@ -113,6 +113,7 @@ WorkingMap::WorkingMap(const GridMap& map, const Settings& settings) : WorkingMa
         own_values_.setTo(0.0, cleared);
     }
     all_floor_ = !findIn(values_).other_than_floor;
+    needs_rim_ = !map.raw && hasFloorAtTheEdge(values_);
 }
 
 cv::Mat WorkingMap::floor() const {

@@ -145,5 +145,13 @@ TEST(WorkingMap, KeepsTheOnlyRoomInAThickWall) {
     EXPECT_THAT(WorkingMap(map, Settings{}).ownValues(), MatEq(map.values)) << "2.25 m^2";
 }
 
+TEST(WorkingMap, TakesNoRimForFloorAtTheEdgeThatIsClosed) {
+    const GridMap bare = PlanInMetres(0.05).map();
+    const GridMap map = PlanInMetres(0.05).paint({0.0, 3.0, 0.3, 0.6}, 0.0).map();
+    EXPECT_THAT(WorkingMap(map).framed().own, cv::Rect(8, 8, 200, 160));
+    EXPECT_THAT(WorkingMap(map, Settings{}).framed().own, cv::Rect(0, 0, 200, 160));
+    EXPECT_THAT(WorkingMap(map, Settings{}).framed().values, MatEq(bare.values));
+}
+
 }  // namespace
 }  // namespace vorund::rooms
