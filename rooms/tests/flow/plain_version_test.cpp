@@ -29,6 +29,21 @@ using reference::PlainRooms;
 using reference::regionGraph;
 using test::MatEq;
 
+/// Sums of areas and lengths may be made in another order.
+constexpr double kRounding = 1e-9;
+
+void expectGraph(const reference::RegionGraph& graph, const reference::RegionGraph& plain) {
+    EXPECT_EQ(graph.adjacency, plain.adjacency);
+    ASSERT_EQ(graph.nodes.size(), plain.nodes.size());
+    for (const auto& [label, data] : graph.nodes) {
+        EXPECT_NEAR(data.area, plain.nodes.at(label).area, kRounding) << "room " << label;
+    }
+    ASSERT_EQ(graph.edges.size(), plain.edges.size());
+    for (const auto& [edge, data] : graph.edges) {
+        EXPECT_NEAR(data.length, plain.edges.at(edge).length, kRounding);
+    }
+}
+
 void expectCuts(const Rooms& rooms, const PlainRooms& plain) {
     std::map<Edge, Border> borders;
     for (const Border& border : rooms.borders) {
@@ -39,7 +54,7 @@ void expectCuts(const Rooms& rooms, const PlainRooms& plain) {
         const Edge numbered(plain.numbers.at(edge.first), plain.numbers.at(edge.second));
         SCOPED_TRACE(std::to_string(numbered.first) + " and " + std::to_string(numbered.second));
         const Border& border = borders.at(numbered);
-        EXPECT_EQ(border.length_m, data.length);
+        EXPECT_NEAR(border.length_m, data.length, kRounding);
         const auto cut = plain.cuts.find(edge);
         ASSERT_EQ(border.door.has_value(), cut != plain.cuts.end());
         if (!border.door) continue;
@@ -65,7 +80,11 @@ void expectSame(const Rooms& rooms, const Told& told, const PlainRooms& plain) {
     EXPECT_THAT(merged.labels, MatEq(plain.merged.segments));
     EXPECT_THAT(merged.borders, MatEq(plain.merged.borders));
     EXPECT_EQ(merged.border_ids, plain.merged.border_ids);
-    EXPECT_EQ(regionGraph(merged.graph), plain.merged.graph);
+    expectGraph(regionGraph(merged.graph), plain.merged.graph);
+    // Centres are rounded with every merge, so that here the order shows.
+    if (rooms.settings.rooms.merging == "passes") {
+        EXPECT_EQ(regionGraph(merged.graph), plain.merged.graph);
+    }
     EXPECT_THAT(rooms.labels, MatEq(plain.labels));
     expectCuts(rooms, plain);
     expectIslands(rooms, plain);
@@ -85,7 +104,7 @@ class PlainFlowOnPlans : public FindRooms, public ::testing::WithParamInterface<
 TEST_P(PlainFlowOnPlans, GivesTheSameRooms) {
     const auto& [plan, config] = GetParam();
     const GridMap map = mapOf(test::workingMap(test::makePlan(plan.options)));
-    Settings settings = byPasses();
+    Settings settings;
     settings.core = config.config;
     settings.rooms.straight_borders = plan.options.seed % 2 == 0;
     Told told;
@@ -135,6 +154,30 @@ TEST_F(PlainFlow, MergesTheSameRooms) {
     EXPECT_EQ(counts[3], 1U);
 }
 
+TEST_F(PlainFlow, MergesTheSameRoomsByPassages) {
+    test::PlanOptions options;
+    options.seed = 11;
+    options.width_mm = 15000;
+    options.height_mm = 11000;
+    options.furniture_percent = 60;
+    const GridMap map = mapOf(test::workingMap(test::makePlan(options)));
+    std::vector<std::size_t> counts;
+    for (const double ratio : {1.0, 0.5, 0.0}) {
+        for (const bool clear_clutter : {false, true}) {
+            Settings settings;
+            settings.rooms.open_ratio = ratio;
+            settings.rooms.narrow_ratio = ratio;
+            settings.rooms.clear_clutter = clear_clutter;
+            Told told;
+            const Rooms rooms = find(map, settings, observerOf(told));
+            expectSame(rooms, told, reference::findRooms(map.values, settings));
+            counts.push_back(rooms.rooms.size());
+        }
+    }
+    EXPECT_GT(counts[1], counts[5]);
+    EXPECT_EQ(counts[5], 1U) << "all that is open is joined";
+}
+
 TEST_F(PlainFlow, RemovesTheSameIslandsAndPutsTheSameRimAround) {
     // Two rooms that reach the edge of the image, a closet without a door, and a double one.
     cv::Mat walls(120, 160, CV_8UC1, cv::Scalar(255));
@@ -142,15 +185,21 @@ TEST_F(PlainFlow, RemovesTheSameIslandsAndPutsTheSameRimAround) {
     walls(cv::Rect(82, 0, 78, 80)) = 0;
     walls(cv::Rect(78, 30, 4, 14)) = 0;
     walls(cv::Rect(10, 90, 14, 16)) = 0;
-    walls(cv::Rect(60, 90, 13, 13)) = 0;
-    walls(cv::Rect(76, 90, 13, 13)) = 0;
-    walls(cv::Rect(73, 94, 3, 5)) = 0;
+    walls(cv::Rect(60, 90, 14, 16)) = 0;
+    walls(cv::Rect(77, 90, 14, 16)) = 0;
+    walls(cv::Rect(74, 94, 3, 5)) = 0;
     const GridMap map = mapOf(walls);
-    Told told;
-    const Rooms rooms = find(map, byPasses(), observerOf(told));
-    EXPECT_EQ(rooms.rooms.size(), 2U);
-    EXPECT_GE(rooms.islands.size(), 2U);
-    expectSame(rooms, told, reference::findRooms(map.values, {}));
+    Settings by_passages;
+    by_passages.rooms.clear_clutter = false;
+    Settings by_passes = byPasses();
+    by_passes.core.merge_nodes_in_place.area_threshold = 2.0;
+    for (const Settings& settings : {by_passes, by_passages}) {
+        Told told;
+        const Rooms rooms = find(map, settings, observerOf(told));
+        EXPECT_EQ(rooms.rooms.size(), 2U);
+        EXPECT_GE(rooms.islands.size(), 2U);
+        expectSame(rooms, told, reference::findRooms(map.values, settings));
+    }
 }
 
 TEST_F(PlainFlow, FindsTheSameRoomsInNoise) {
@@ -160,7 +209,7 @@ TEST_F(PlainFlow, FindsTheSameRoomsInNoise) {
         test::RandomImages random(seed);
         const cv::Size size(60 + random.below(60), 60 + random.below(60));
         const cv::Mat map = (random.patches(size, 25, 1) & 3) == 1;
-        Settings settings = byPasses();
+        Settings settings = seed % 2 == 0 ? byPasses() : Settings{};
         settings.core.generate_denoised_alone.components_in_remove_small_connected_components
             .min_size = 10;
         settings.rooms.straight_borders = random.below(2) == 0;
@@ -197,7 +246,7 @@ TEST_F(PlainFlow, FindsTheSameRoomsOnRealMaps) {
         SCOPED_TRACE(path);
         const GridMap map = readMap(path);
         for (const test::NamedConfig& config : mainConfigs()) {
-            Settings settings = byPasses();
+            Settings settings;
             settings.core = config.config;
             Told told;
             const Rooms rooms = find(map, settings, observerOf(told));

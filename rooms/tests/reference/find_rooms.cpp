@@ -4,7 +4,9 @@
 #include <opencv2/imgproc.hpp>
 #include <stdexcept>
 
+#include "reference/clutter.h"
 #include "reference/floorplan_segmenter.h"
+#include "reference/open_passages.h"
 #include "reference/records.h"
 
 namespace vorund::reference {
@@ -17,6 +19,17 @@ bool hasFloorAtTheEdge(const cv::Mat& map) {
     return cv::countNonZero(floor.row(0)) + cv::countNonZero(floor.row(floor.rows - 1)) +
                cv::countNonZero(floor.col(0)) + cv::countNonZero(floor.col(floor.cols - 1)) >
            0;
+}
+
+double thresholdOf(const Config& config) {
+    return config.generate_denoised_alone.binary_make_binary.threshold;
+}
+
+void mergeByPasses(PlainRooms& rooms, const Config& config) {
+    const double area_threshold = config.merge_nodes_in_place.area_threshold;
+    rooms.islands = removeIslands(rooms.merged, area_threshold);
+    mergeSmallRooms(rooms.merged, area_threshold);
+    mergeAcrossLongBorders(rooms.merged, config.merge_edges_in_place.length_threshold);
 }
 
 }  // namespace
@@ -33,14 +46,22 @@ cv::Mat segmentInRim(const cv::Mat& map, const Config& config) {
     return labels;
 }
 
+cv::Mat cleanedMap(const cv::Mat& map, const rooms::Settings& settings) {
+    if (!settings.rooms.clear_clutter || cv::countNonZero(map) == 0) return map;
+    return withoutClutter(map, thresholdOf(settings.core), settings.rooms);
+}
+
 PlainRooms findRooms(const cv::Mat& map, const rooms::Settings& settings) {
-    const Config& config = settings.core;
+    const cv::Mat cleaned = cleanedMap(map, settings);
     PlainRooms rooms;
-    rooms.segmented = segmentInRim(map, config);
+    rooms.segmented = segmentInRim(cleaned, settings.core);
     rooms.merged = roomGraph(separated(rooms.segmented));
-    rooms.islands = removeIslands(rooms.merged, config.merge_nodes_in_place.area_threshold);
-    mergeSmallRooms(rooms.merged, config.merge_nodes_in_place.area_threshold);
-    mergeAcrossLongBorders(rooms.merged, config.merge_edges_in_place.length_threshold);
+    if (settings.rooms.merging == "passages") {
+        rooms.islands = removeIslands(rooms.merged, settings.rooms.least_area, 0.0);
+        mergeOpenPassages(rooms.merged, cleaned <= thresholdOf(settings.core), settings.rooms);
+    } else {
+        mergeByPasses(rooms, settings.core);
+    }
     rooms.cuts = cutsOf(rooms.merged);
     rooms.labels = withLinePixels(rooms.segmented, rooms.merged.segments);
     if (settings.rooms.straight_borders) straightenBorders(rooms.labels, rooms.cuts);

@@ -26,6 +26,9 @@ struct PlainRooms {
 /// @throws std::runtime_error  if there is no room.
 cv::Mat segmentInRim(const cv::Mat& map, const Config& config);
 
+/// What is segmented of a map: without clutter, if the settings say so.
+cv::Mat cleanedMap(const cv::Mat& map, const rooms::Settings& settings);
+
 /// @throws std::runtime_error  likewise.
 PlainRooms findRooms(const cv::Mat& map, const rooms::Settings& settings);
 

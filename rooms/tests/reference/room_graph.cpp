@@ -10,7 +10,6 @@ namespace vorund::reference {
 namespace {
 
 constexpr double kResolution = 0.05;
-constexpr double kSmallPartOfMap = 0.01;
 constexpr double kMargin = 1e-9;  // For sums of areas in another order.
 
 /// The value at a pixel, 0 outside.
@@ -191,10 +190,11 @@ MergeState roomGraph(const cv::Mat& separated) {
     return rooms;
 }
 
-std::vector<PlainIsland> removeIslands(MergeState& rooms, double area_threshold) {
+std::vector<PlainIsland> removeIslands(MergeState& rooms, double area_threshold,
+                                       double part_of_map) {
     std::set<int> unvisited;
     for (const auto& node : rooms.graph.nodes) unvisited.insert(node.first);
-    const double of_map = areaOf(rooms.graph, unvisited) * kSmallPartOfMap + kMargin;
+    const double of_map = areaOf(rooms.graph, unvisited) * part_of_map + kMargin;
     std::vector<PlainIsland> islands;
     std::set<int> removed;
     while (!unvisited.empty()) {

@@ -29,8 +29,9 @@ struct PlainIsland {
     cv::Point position;
 };
 
-/// Removes the parts of the graph that are too small.
-std::vector<PlainIsland> removeIslands(MergeState& rooms, double area_threshold);
+/// Removes the parts of the graph that are smaller than that, or than a part of all rooms.
+std::vector<PlainIsland> removeIslands(MergeState& rooms, double area_threshold,
+                                       double part_of_map = 0.01);
 
 /// The rooms without lines, `CV_32SC1`: every pixel goes to the room that its own has become.
 /// @param segmented  `CV_8UC1`, of the pipeline.
