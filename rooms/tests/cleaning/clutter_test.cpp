@@ -69,6 +69,16 @@ TEST(WithoutClutter, TakesAPartForABlockThatIsThickSomewhere) {
     EXPECT_TRUE(isLeft(withBar(9)));
 }
 
+TEST(WithoutClutter, TakesABlockWithinAnOutlineForItsOwn) {
+    // The outline, 2.2 m, is thin whatever stands in it.
+    RoomsConfig config;
+    config.closed_floor = 0.0;
+    const auto outline = DrawnFloor().outline({150, 150, 40, 40});
+    EXPECT_TRUE(isLeft(outline, config));
+    EXPECT_THAT(cleaned(DrawnFloor(outline).wall({160, 160, 20, 20}).values(), config),
+                MatEq(outline.values()));
+}
+
 TEST(WithoutClutter, KeepsWhatIsJoinedToAWall) {
     EXPECT_TRUE(isLeft(DrawnFloor().wall({100, 150, 20, 20}))) << "along a side";
     EXPECT_TRUE(isLeft(DrawnFloor().wall({100, 150, 12, 12}).wall({112, 162, 12, 12})))
