@@ -59,7 +59,7 @@ std::vector<RemovedIsland> mergeRooms(Regions& regions, const WorkingMap& map,
     const RoomsConfig config = atDetail(settings.rooms);
     // A room that stands alone on a large map is a room, too.
     std::vector<RemovedIsland> islands =
-        by_passages ? removeIslands(regions, config.least_area, 0.0)
+        by_passages ? removeIslands(regions, config.least_area, 0.0, true)
                     : removeIslands(regions, settings.core.merge_nodes_in_place.area_threshold);
     tell(observer, kStepIslands, regions);
     if (by_passages) {

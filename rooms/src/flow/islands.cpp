@@ -34,6 +34,21 @@ double areaOf(const Graph& graph, const std::set<int>& labels) {
     return area;
 }
 
+std::set<int> allOf(const std::vector<std::set<int>>& parts) {
+    std::set<int> labels;
+    for (const std::set<int>& part : parts) labels.insert(part.begin(), part.end());
+    return labels;
+}
+
+/// The first of the largest.
+std::vector<std::set<int>>::const_iterator largestOf(const std::vector<std::set<int>>& parts,
+                                                     const Graph& graph) {
+    return std::max_element(parts.begin(), parts.end(),
+                            [&](const std::set<int>& a, const std::set<int>& b) {
+                                return areaOf(graph, a) < areaOf(graph, b);
+                            });
+}
+
 /// Erases what was a line beside a run of pixels.
 void eraseLinesBeside(Regions& regions, int row, int begin, int end) {
     const int left = std::max(begin - 1, 0);
@@ -93,7 +108,7 @@ void eraseFromTable(RoomGraph& table, const std::set<int>& removed) {
 }  // namespace
 
 std::vector<RemovedIsland> removeIslands(Regions& regions, double area_threshold,
-                                         double part_of_map) {
+                                         double part_of_map, bool keep_one) {
     const Graph& graph = regions.table.graph;
     std::set<int> unvisited;
     for (const auto& [label, data] : graph.nodes()) unvisited.insert(label);
@@ -101,7 +116,6 @@ std::vector<RemovedIsland> removeIslands(Regions& regions, double area_threshold
     const double of_map = areaOf(graph, unvisited) * part_of_map + kMargin;
 
     std::vector<std::set<int>> islands;
-    std::set<int> removed;
     while (!unvisited.empty()) {
         const std::set<int> part = partOf(graph, *unvisited.begin());
         for (const int label : part) unvisited.erase(label);
@@ -109,7 +123,11 @@ std::vector<RemovedIsland> removeIslands(Regions& regions, double area_threshold
             std::max(of_map, part.size() > 1 ? area_threshold + kMargin : area_threshold);
         if (!(areaOf(graph, part) < limit)) continue;
         islands.push_back(part);
-        removed.insert(part.begin(), part.end());
+    }
+    std::set<int> removed = allOf(islands);
+    if (keep_one && !islands.empty() && removed.size() == graph.nodes().size()) {
+        islands.erase(largestOf(islands, graph));
+        removed = allOf(islands);
     }
     if (islands.empty()) return {};
 

@@ -19,7 +19,9 @@ inline constexpr double kSmallPartOfMap = 0.01;
 /// `part_of_map` of all rooms, or than `area_threshold` [m^2]: rooms, lines around them, border
 /// pixels, ids and nodes. The core's merge passes then never meet an isolated small room, which
 /// they could not erase from a 32-bit label image.
+/// @param keep_one  Where all parts would go the largest stays: a map with floor has a room.
 std::vector<RemovedIsland> removeIslands(Regions& regions, double area_threshold,
-                                         double part_of_map = kSmallPartOfMap);
+                                         double part_of_map = kSmallPartOfMap,
+                                         bool keep_one = false);
 
 }  // namespace vorund::rooms

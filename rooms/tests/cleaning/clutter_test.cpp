@@ -177,12 +177,19 @@ TEST_P(BrokenWall, KeepsItsPieces) {
 }
 
 TEST_P(BrokenWall, LosesPiecesWithTooMuchBetweenThem) {
-    EXPECT_EQ(middleOf(brokenWall(GetParam(), 3.0, 20.0, 20.0)), 0.0F) << "half of it";
+    EXPECT_EQ(middleOf(brokenWall(GetParam(), 3.0, 20.0, 30.0)), 0.0F) << "two fifths of it";
     EXPECT_EQ(middleOf(brokenWall(GetParam(), 3.0, 36.0, 500.0)), 0.0F) << "one piece";
     RoomsConfig config;
+    config.wall_line = 0.3;
+    EXPECT_EQ(middleOf(brokenWall(GetParam(), 3.0, 20.0, 30.0), config), 1.0F);
     config.wall_line = 0.4;
-    EXPECT_EQ(middleOf(brokenWall(GetParam(), 3.0, 20.0, 20.0), config), 1.0F);
     EXPECT_EQ(middleOf(brokenWall(GetParam(), 3.0, 36.0, 500.0), config), 0.0F);
+}
+
+TEST_P(BrokenWall, KeepsWhatIsLeftBetweenTwoDoors) {
+    // Doors of 1 m on both sides of a piece of 1 m: half of the line is wall.
+    EXPECT_EQ(middleOf(brokenWall(GetParam(), 3.0, 20.0, 20.0)), 1.0F);
+    EXPECT_EQ(middleOf(brokenWall(GetParam(), 8.0, 20.0, 20.0)), 0.0F) << "too thick for a board";
 }
 
 TEST_P(BrokenWall, LosesPiecesWithoutADirection) {

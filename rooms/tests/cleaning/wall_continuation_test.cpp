@@ -95,7 +95,7 @@ TEST(ContinuesWall, TakesDirectionsAFewDegreesOff) {
             const int row = 100 + static_cast<int>(std::lround(off));
             if (row >= 0 && row < walls.rows) walls.at<std::uint8_t>(row, col) = 255;
         }
-        return continuesWall(walls, shapeOf({195, 100, 11, 1}), 0.9);
+        return continuesWall(walls, shapeOf({185, 97, 30, 7}), 0.9);
     };
     EXPECT_TRUE(turned(0.0));
     EXPECT_TRUE(turned(5.0));
@@ -103,6 +103,25 @@ TEST(ContinuesWall, TakesDirectionsAFewDegreesOff) {
     // Three degrees are left, and 40 steps from the middle the line is two pixels off.
     EXPECT_FALSE(turned(9.0));
     EXPECT_FALSE(turned(-9.0));
+}
+
+/// A piece of 20 pixels with wall to the left and right of it.
+bool isBetween(int left_gap, int right_gap, int thickness = 2) {
+    cv::Mat walls(61, 401, CV_8UC1, cv::Scalar(0));
+    const cv::Rect piece(190, 30, 20, thickness);
+    walls(piece) = 255;
+    walls(cv::Rect(190 - left_gap - 6, 30, 6, thickness)) = 255;
+    walls(cv::Rect(210 + right_gap, 30, 6, thickness)) = 255;
+    return continuesWall(walls, shapeOf(piece), 1.0);
+}
+
+TEST(ContinuesWall, KnowsAPieceBetweenTwoDoorways) {
+    EXPECT_TRUE(isBetween(18, 18));
+    EXPECT_TRUE(isBetween(18, 23));
+    EXPECT_FALSE(isBetween(18, 26)) << "1.3 m";
+    EXPECT_FALSE(isBetween(26, 18));
+    EXPECT_TRUE(isBetween(18, 18, 6));
+    EXPECT_FALSE(isBetween(18, 18, 8)) << "0.4 m thick";
 }
 
 TEST(ContinuesWall, TakesWhatLiesOutsideForNoWall) {

@@ -121,9 +121,17 @@ TEST_F(FindRooms, TellsAnIslandThatItRemoved) {
     EXPECT_THAT(find(mapOf(walls), settings).islands, SizeIs(0));
 }
 
-TEST_F(FindRooms, MayRemoveAllRooms) {
+TEST_F(FindRooms, KeepsOneOfRoomsThatAreAllTooSmall) {
     Settings settings;
     settings.rooms.least_area = 1000.0;
+    const Rooms rooms = find(mapOf(test::twoRooms().map), settings);
+    EXPECT_THAT(rooms.rooms, SizeIs(1)) << "the smaller joins the larger";
+    EXPECT_THAT(rooms.islands, IsEmpty());
+}
+
+TEST_F(FindRooms, MayRemoveAllRoomsBeforeItsPasses) {
+    Settings settings = byPasses();
+    settings.core.merge_nodes_in_place.area_threshold = 1000.0;
     const test::DrawnPlan plan = test::twoRooms();
     const Rooms rooms = find(mapOf(plan.map), settings);
     EXPECT_THAT(rooms.rooms, IsEmpty());

@@ -16,6 +16,7 @@ constexpr double kMargin = 1e-9;
 constexpr int kBlock = 10;      ///< 0.5 m. [pixels]
 constexpr int kSpeck = 5;       ///< 0.25 m. [pixels]
 constexpr int kReach = 80;      ///< 4 m. [pixels]
+constexpr int kDoorway = 24;    ///< 1.2 m. [pixels]
 constexpr int kDegreesOff = 6;  ///< Either way.
 
 bool isInside(const cv::Mat& image, const cv::Point& pixel) {
@@ -70,6 +71,8 @@ struct Axis {
     cv::Point2d centre;
     double angle;
     double elongation;
+    double length;
+    double thickness;
 };
 
 Axis axisOf(const std::vector<cv::Point>& part) {
@@ -90,24 +93,41 @@ Axis axisOf(const std::vector<cv::Point>& part) {
     const double mean = (xx + yy) / 2.0;
     const double difference = std::hypot((xx - yy) / 2.0, xy);
     const double across = std::max(mean - difference, 1.0 / 12.0);
-    return {centre, angle, std::sqrt((mean + difference) / across)};
+    const double along = std::max(mean + difference, 1.0 / 12.0);
+    return {centre, angle, std::sqrt(along / across), std::sqrt(12.0 * along),
+            std::sqrt(12.0 * across)};
 }
 
-/// How much of the line is wall, or beside wall.
-double wallAlong(const cv::Mat& walls, const cv::Point2d& centre, double angle) {
+/// Whether the line has wall there, or beside it.
+bool isWallAt(const cv::Mat& walls, const cv::Point2d& centre, double angle, double step) {
     const cv::Point2d along(std::cos(angle), std::sin(angle));
+    for (int side = -1; side <= 1; ++side) {
+        const cv::Point2d at = centre + step * along + side * cv::Point2d(-along.y, along.x);
+        const cv::Point pixel(static_cast<int>(std::lround(at.x)),
+                              static_cast<int>(std::lround(at.y)));
+        if (isInside(walls, pixel) && walls.at<std::uint8_t>(pixel) != 0) return true;
+    }
+    return false;
+}
+
+/// How much of the line is wall.
+double wallAlong(const cv::Mat& walls, const cv::Point2d& centre, double angle) {
     int hits = 0;
     for (int step = -kReach; step <= kReach; ++step) {
-        bool is_wall = false;
-        for (int side = -1; side <= 1; ++side) {
-            const cv::Point2d at = centre + step * along + side * cv::Point2d(-along.y, along.x);
-            const cv::Point pixel(static_cast<int>(std::lround(at.x)),
-                                  static_cast<int>(std::lround(at.y)));
-            is_wall = is_wall || (isInside(walls, pixel) && walls.at<std::uint8_t>(pixel) != 0);
-        }
-        hits += is_wall ? 1 : 0;
+        hits += isWallAt(walls, centre, angle, step) ? 1 : 0;
     }
     return static_cast<double>(hits) / (2 * kReach + 1);
+}
+
+/// Whether there is wall again behind a gap, at most 1.2 m beyond the end.
+bool hasWallBeyond(const cv::Mat& walls, const Axis& axis, double angle, int direction) {
+    bool left = false;
+    for (double step = 0.3 * axis.length; step <= axis.length / 2.0 + kDoorway; step += 1.0) {
+        const bool is_wall = isWallAt(walls, axis.centre, angle, direction * step);
+        if (left && is_wall) return true;
+        if (!is_wall) left = true;
+    }
+    return false;
 }
 
 bool continuesWall(const cv::Mat& walls, const std::vector<cv::Point>& part, double least_wall) {
@@ -116,6 +136,11 @@ bool continuesWall(const cv::Mat& walls, const std::vector<cv::Point>& part, dou
     for (int degrees = -kDegreesOff; degrees <= kDegreesOff; ++degrees) {
         const double angle = axis.angle + degrees * CV_PI / 180.0;
         if (wallAlong(walls, axis.centre, angle) >= least_wall - kMargin) return true;
+        const bool is_board = axis.thickness * kResolution <= 0.3;
+        if (is_board && hasWallBeyond(walls, axis, angle, 1) &&
+            hasWallBeyond(walls, axis, angle, -1)) {
+            return true;
+        }
     }
     return false;
 }

@@ -57,7 +57,7 @@ PlainRooms findRooms(const cv::Mat& map, const rooms::Settings& settings) {
     rooms.segmented = segmentInRim(cleaned, settings.core);
     rooms.merged = roomGraph(separated(rooms.segmented));
     if (settings.rooms.merging == "passages") {
-        rooms.islands = removeIslands(rooms.merged, settings.rooms.least_area, 0.0);
+        rooms.islands = removeIslands(rooms.merged, settings.rooms.least_area, 0.0, true);
         mergeOpenPassages(rooms.merged, cleaned <= thresholdOf(settings.core), settings.rooms);
     } else {
         mergeByPasses(rooms, settings.core);

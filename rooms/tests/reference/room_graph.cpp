@@ -190,13 +190,13 @@ MergeState roomGraph(const cv::Mat& separated) {
     return rooms;
 }
 
-std::vector<PlainIsland> removeIslands(MergeState& rooms, double area_threshold,
-                                       double part_of_map) {
+std::vector<PlainIsland> removeIslands(MergeState& rooms, double area_threshold, double part_of_map,
+                                       bool keep_one) {
     std::set<int> unvisited;
     for (const auto& node : rooms.graph.nodes) unvisited.insert(node.first);
     const double of_map = areaOf(rooms.graph, unvisited) * part_of_map + kMargin;
     std::vector<PlainIsland> islands;
-    std::set<int> removed;
+    std::vector<std::set<int>> parts;
     while (!unvisited.empty()) {
         const std::set<int> part = partOf(rooms.graph, *unvisited.begin());
         for (const int label : part) unvisited.erase(label);
@@ -204,7 +204,17 @@ std::vector<PlainIsland> removeIslands(MergeState& rooms, double area_threshold,
         const double area = areaOf(rooms.graph, part);
         if (area >= std::max(of_map, least)) continue;
         islands.push_back({area, firstPixelOf(rooms.segments, part)});
-        removed.insert(part.begin(), part.end());
+        parts.push_back(part);
+    }
+    std::set<int> removed;
+    for (const std::set<int>& part : parts) removed.insert(part.begin(), part.end());
+    if (keep_one && !parts.empty() && removed.size() == rooms.graph.nodes.size()) {
+        std::size_t largest = 0;
+        for (std::size_t i = 1; i < islands.size(); ++i) {
+            if (islands[i].area > islands[largest].area) largest = i;
+        }
+        for (const int label : parts[largest]) removed.erase(label);
+        islands.erase(islands.begin() + static_cast<std::ptrdiff_t>(largest));
     }
     if (!removed.empty()) erase(rooms, removed);
     return islands;

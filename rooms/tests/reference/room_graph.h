@@ -31,7 +31,7 @@ struct PlainIsland {
 
 /// Removes the parts of the graph that are smaller than that, or than a part of all rooms.
 std::vector<PlainIsland> removeIslands(MergeState& rooms, double area_threshold,
-                                       double part_of_map = 0.01);
+                                       double part_of_map = 0.01, bool keep_one = false);
 
 /// The rooms without lines, `CV_32SC1`: every pixel goes to the room that its own has become.
 /// @param segmented  `CV_8UC1`, of the pipeline.
