@@ -7,15 +7,18 @@ namespace {
 template <class Live, class ChoicesType, class Pass>
 void forEach(Live& live, ChoicesType& choices, const Pass& pass) {
     auto& core = choices.settings.core;
+    auto& rooms = choices.settings.rooms;
     pass(live.occupied_threshold, choices.occupied_threshold);
     pass(live.min_size,
          core.generate_denoised_alone.components_in_remove_small_connected_components.min_size);
     pass(live.seed_threshold, core.compute_labels_list.generate_gaussian_seeds_skimage.threshold);
-    pass(live.filter_threshold, core.over_segment.generate_map_initial_seeds.filter_threshold);
-    pass(live.area_threshold, core.merge_nodes_in_place.area_threshold);
-    pass(live.length_threshold, core.merge_edges_in_place.length_threshold);
-    pass(live.straight_borders, choices.settings.rooms.straight_borders);
-    pass(live.simplify, choices.settings.rooms.simplify);
+    pass(live.detail, rooms.detail);
+    pass(live.open_ratio, rooms.open_ratio);
+    pass(live.narrow_ratio, rooms.narrow_ratio);
+    pass(live.least_area, rooms.least_area);
+    pass(live.loose_part, rooms.loose_part);
+    pass(live.straight_borders, rooms.straight_borders);
+    pass(live.simplify, rooms.simplify);
 }
 
 }  // namespace

@@ -28,7 +28,7 @@ Read read(XmlRpcValue& parameters) {
 
 XmlRpcValue noParameters() {
     XmlRpcValue parameters;
-    parameters["live"]["area_threshold"] = 5.0;
+    parameters["live"]["least_area"] = 5.0;
     parameters["diagnostic_period"] = 1.0;
     parameters["save_path"] = "x";
     return parameters;

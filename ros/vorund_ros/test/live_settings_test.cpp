@@ -35,9 +35,11 @@ TEST(LiveSettings, ChangeWhatTheyAreNamedAfter) {
     live.occupied_threshold = 66;
     live.min_size = 1;
     live.seed_threshold = 0.2;
-    live.filter_threshold = 3;
-    live.area_threshold = 4.0;
-    live.length_threshold = 5.0;
+    live.detail = -1.5;
+    live.open_ratio = 0.3;
+    live.narrow_ratio = 0.4;
+    live.least_area = 4.0;
+    live.loose_part = 5.0;
     live.straight_borders = true;
     live.simplify = 0.6;
     Choices choices;
@@ -51,9 +53,11 @@ TEST(LiveSettings, ChangeWhatTheyAreNamedAfter) {
     EXPECT_DOUBLE_EQ(
         yaml["compute_labels_list"]["generate_gaussian_seeds_skimage"]["threshold"].as<double>(),
         0.2);
-    EXPECT_EQ(yaml["over_segment"]["generate_map_initial_seeds"]["filter_threshold"].as<int>(), 3);
-    EXPECT_DOUBLE_EQ(yaml["merge_nodes_in_place"]["area_threshold"].as<double>(), 4.0);
-    EXPECT_DOUBLE_EQ(yaml["merge_edges_in_place"]["length_threshold"].as<double>(), 5.0);
+    EXPECT_DOUBLE_EQ(yaml["rooms"]["detail"].as<double>(), -1.5);
+    EXPECT_DOUBLE_EQ(yaml["rooms"]["open_ratio"].as<double>(), 0.3);
+    EXPECT_DOUBLE_EQ(yaml["rooms"]["narrow_ratio"].as<double>(), 0.4);
+    EXPECT_DOUBLE_EQ(yaml["rooms"]["least_area"].as<double>(), 4.0);
+    EXPECT_DOUBLE_EQ(yaml["rooms"]["loose_part"].as<double>(), 5.0);
     EXPECT_TRUE(yaml["rooms"]["straight_borders"].as<bool>());
     EXPECT_DOUBLE_EQ(yaml["rooms"]["simplify"].as<double>(), 0.6);
 }
@@ -61,7 +65,7 @@ TEST(LiveSettings, ChangeWhatTheyAreNamedAfter) {
 TEST(LiveSettings, StartFromTheChoicesInForce) {
     Choices choices;
     choices.occupied_threshold = 77;
-    choices.settings.core.merge_nodes_in_place.area_threshold = 2.5;
+    choices.settings.rooms.least_area = 2.5;
     Choices back;
     applyLive(toLive(choices), back);
     EXPECT_EQ(back.text(), choices.text());

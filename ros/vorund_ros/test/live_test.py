@@ -78,16 +78,16 @@ class LiveSettings(world.Case):
         graphs = self.listen()
         self.publish(row_of_rooms(2))
         self.assertEqual(len(graphs.next().rooms), 2)
-        # The door of 0.8 m is now too wide for a border between two rooms.
-        self.client().update_configuration({"length_threshold": 0.2})
+        # The door of 0.8 m is now too wide between two rooms of 3 m.
+        self.client().update_configuration({"narrow_ratio": 0.2})
         self.assertEqual(len(graphs.next().rooms), 1)
-        self.client().update_configuration({"length_threshold": 2.0})
+        self.client().update_configuration({"narrow_ratio": 0.7})
         self.assertEqual(len(graphs.next().rooms), 2)
 
     def test_live_values_start_from_those_of_the_parameters(self):
-        self.start_node("_merge_edges_in_place/length_threshold:=0.2", "_occupied_threshold:=44")
+        self.start_node("_rooms/narrow_ratio:=0.2", "_occupied_threshold:=44")
         live = self.client().get_configuration(timeout=world.PATIENCE)
-        self.assertEqual(live["length_threshold"], 0.2)
+        self.assertEqual(live["narrow_ratio"], 0.2)
         self.assertEqual(live["occupied_threshold"], 44)
         graphs = self.listen()
         self.publish(row_of_rooms(2))
@@ -95,7 +95,7 @@ class LiveSettings(world.Case):
 
     def test_an_earlier_nodes_live_values_do_not_count(self):
         node = self.start_node()
-        self.client().update_configuration({"length_threshold": 0.2})
+        self.client().update_configuration({"narrow_ratio": 0.2})
         node.stop()
         self.start_node()
         graphs = self.listen()

@@ -199,8 +199,8 @@ def big_hall():
     cells = numpy.full((320, 640), 100)
     for i in range(2):
         cells[10:310, 10 + 312 * i:318 + 312 * i] = 0
-    cells[150:170, 10:630] = 0
-    return map_of(cells)
+    cells[150:170, :] = 0
+    return map_of(numpy.tile(cells, (4, 4)))
 
 
 class Listener:
