@@ -57,7 +57,7 @@ def completed(*words):
 
 class Help(unittest.TestCase):
     def test_lists_commands_and_options(self):
-        self.assertEqual({"segment", "config", "score"}, set(commands()))
+        self.assertEqual({"segment", "config", "score", "tune"}, set(commands()))
         self.assertEqual(["white", "black"], options("segment")["--free"])
         self.assertIn("--out", options("segment"))
 
