@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <opencv2/imgproc.hpp>
-#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -26,7 +25,7 @@ cv::Mat distancesToWall(const cv::Mat& labels, const cv::Mat& walls_and_floor) {
 }
 
 /// The square in whole numbers, so that every machine compares alike: a distance is the root of a
-/// whole number, rounded.
+/// whole number, rounded, whose square rounds to that number up to 2000 pixels.
 std::int64_t squared(float distance) {
     return std::llround(static_cast<double>(distance) * static_cast<double>(distance));
 }
@@ -42,7 +41,6 @@ NodeData together(const NodeData& a, const NodeData& b) {
     const auto weigh = [&](int of_a, int of_b) {
         return static_cast<int>(std::lround((of_a * a.area + of_b * b.area) / area));
     };
-    if (!(area > 0.0)) return a;
     return {area, {weigh(a.position.x, b.position.x), weigh(a.position.y, b.position.y)}};
 }
 
