@@ -72,17 +72,22 @@ bool liesBetweenDoorways(const cv::Mat& walls, const Line& line, double length) 
            meetsWallBeyond(walls, line, length / 2.0, -1);
 }
 
+/// The sum of the squares of 0, 1, ..., end - 1.
+std::int64_t squaresBelow(std::int64_t end) {
+    return (end - 1) * end * (2 * end - 1) / 6;
+}
+
 }  // namespace
 
 void PartShape::add(int row, const internal::PixelRun& run) {
-    for (std::int64_t col = run.begin; col < run.end; ++col) {
-        ++count_;
-        x_ += col;
-        y_ += row;
-        xx_ += col * col;
-        xy_ += col * row;
-        yy_ += std::int64_t{row} * row;
-    }
+    const std::int64_t count = run.end - run.begin;
+    const std::int64_t x = count * (run.begin + run.end - 1) / 2;
+    count_ += count;
+    x_ += x;
+    y_ += count * row;
+    xx_ += squaresBelow(run.end) - squaresBelow(run.begin);
+    xy_ += x * row;
+    yy_ += count * row * row;
 }
 
 PartShape::Spread PartShape::spread() const {
