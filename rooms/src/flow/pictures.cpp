@@ -9,29 +9,15 @@
 namespace vorund::rooms {
 namespace {
 
-/// Numbers of any size as bytes from 1 to 254; 0 and the value of lines stay.
-cv::Mat toBytes(const cv::Mat& numbers) {
+/// Numbers of any size as bytes from 1 to `count`; 0 and `kept` stay.
+cv::Mat toBytes(const cv::Mat& numbers, int count, int kept) {
     cv::Mat bytes(numbers.size(), CV_8UC1);
     for (int row = 0; row < numbers.rows; ++row) {
         const std::int32_t* const from = numbers.ptr<std::int32_t>(row);
         std::uint8_t* const to = bytes.ptr<std::uint8_t>(row);
         for (int col = 0; col < numbers.cols; ++col) {
-            const bool stays = from[col] == 0 || from[col] == kLine;
-            to[col] =
-                static_cast<std::uint8_t>(stays ? from[col] : 1 + (from[col] - 1) % (kLine - 1));
-        }
-    }
-    return bytes;
-}
-
-/// Ids as bytes: no line is among them.
-cv::Mat idsToBytes(const cv::Mat& ids) {
-    cv::Mat bytes(ids.size(), CV_8UC1);
-    for (int row = 0; row < ids.rows; ++row) {
-        const std::int32_t* const from = ids.ptr<std::int32_t>(row);
-        std::uint8_t* const to = bytes.ptr<std::uint8_t>(row);
-        for (int col = 0; col < ids.cols; ++col) {
-            to[col] = static_cast<std::uint8_t>(from[col] == 0 ? 0 : 1 + (from[col] - 1) % kLine);
+            const bool stays = from[col] == 0 || from[col] == kept;
+            to[col] = static_cast<std::uint8_t>(stays ? from[col] : 1 + (from[col] - 1) % count);
         }
     }
     return bytes;
@@ -48,8 +34,8 @@ cv::Mat drawCuts(const cv::Mat& labels, const cv::Mat& borders, const RoomGraph&
 }  // namespace
 
 FlowPictures drawPictures(const RoomGraph& rooms, const Cuts& cuts) {
-    const cv::Mat labels = toBytes(rooms.labels);
-    const cv::Mat borders = idsToBytes(rooms.borders);
+    const cv::Mat labels = toBytes(rooms.labels, kLine - 1, kLine);
+    const cv::Mat borders = toBytes(rooms.borders, kLine, 0);
     return {GraphProcessor::visualizeBorders(borders, labels),
             GraphProcessor::visualizeGraph(rooms.graph, labels.size(), labels),
             drawCuts(labels, borders, rooms, cuts)};
