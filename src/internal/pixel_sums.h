@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <opencv2/core.hpp>
+#include <vector>
 
 #include "internal/runs.h"
 
@@ -36,6 +37,17 @@ void addLabels(const cv::Mat& segments, Sums& sums) {
         });
     }
 }
+
+/// Sums by label or id, for as many as there are.
+class NumberedSums {
+ public:
+    explicit NumberedSums(int count) : sums_(static_cast<std::size_t>(count)) {}
+
+    PixelSums& operator[](std::int32_t number) { return sums_[static_cast<std::size_t>(number)]; }
+
+ private:
+    std::vector<PixelSums> sums_;
+};
 
 /// The sums of an 8-bit image by value.
 class ByteSums {

@@ -107,16 +107,11 @@ class CutPair {
     int count_ = 0;
 };
 
-struct BorderSums {
-    std::vector<internal::PixelSums> of;
-    internal::PixelSums& operator[](std::int32_t id) { return of[static_cast<std::size_t>(id)]; }
-};
-
 /// By id.
-BorderSums sumBorders(const RoomGraph& rooms) {
+internal::NumberedSums sumBorders(const RoomGraph& rooms) {
     int largest = 0;
     for (const auto& border : rooms.border_ids) largest = std::max(largest, border.second);
-    BorderSums sums{std::vector<internal::PixelSums>(static_cast<std::size_t>(largest) + 1)};
+    internal::NumberedSums sums(largest + 1);
     internal::addLabels<std::int32_t>(rooms.borders, sums);
     return sums;
 }
@@ -152,7 +147,7 @@ OptimalLine shifted(OptimalLine line, const cv::Point& by) {
 }  // namespace
 
 Cuts findCuts(const RoomGraph& rooms) {
-    BorderSums sums = sumBorders(rooms);
+    internal::NumberedSums sums = sumBorders(rooms);
     Cuts cuts;
     for (const auto& [edge, id] : rooms.border_ids) {
         if (sums[id].count < internal::kFewestPixels) continue;

@@ -15,9 +15,6 @@ namespace {
 
 using internal::PixelSums;
 
-/// By label or id.
-using Sums = std::vector<PixelSums>;
-
 std::size_t indexOf(std::int32_t value) {
     return static_cast<std::size_t>(value);
 }
@@ -55,10 +52,7 @@ cv::Point centroidOf(const PixelSums& sum) {
 FoundGraph findGraph(const cv::Mat& separated, int label_count) {
     FoundGraph found;
     const std::vector<std::int64_t> border_pixels = findBorders(separated, found);
-    struct {
-        Sums of;
-        PixelSums& operator[](std::int32_t label) { return of[indexOf(label)]; }
-    } sums{Sums(indexOf(label_count))};
+    internal::NumberedSums sums(label_count);
     internal::addLabels<std::int32_t>(separated, sums);
     for (int label = 1; label < label_count; ++label) {
         if (label == kLine || sums[label].count == 0) continue;
