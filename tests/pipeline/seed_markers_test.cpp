@@ -65,23 +65,14 @@ TEST_F(SeedMarkers, AreThoseOfTheFunctionsFor8Bits) {
 }
 
 TEST_F(SeedMarkers, TellAnyNumberOfRoomsApart) {
-    // 18 x 18 rooms of 2 m x 2 m with doors of 0.7 m to the next in the row.
     constexpr int kSide = 18;
-    constexpr int kPitch = 44;
-    cv::Mat walls(kSide * kPitch + 20, kSide * kPitch + 20, CV_32FC1, cv::Scalar(1.0));
-    for (int row = 0; row < kSide; ++row) {
-        for (int col = 0; col < kSide; ++col) {
-            const cv::Point corner(10 + col * kPitch, 10 + row * kPitch);
-            walls(cv::Rect(corner, cv::Size(40, 40))) = 0.0;
-            if (col > 0) walls(cv::Rect(corner.x - 4, corner.y + 13, 4, 14)) = 0.0;
-        }
-    }
+    const cv::Mat walls = test::gridOfRooms(kSide);
     const cv::Mat markers = segmenter().findSeedMarkers(walls);
     EXPECT_EQ(cv::countNonZero((markers == 255) != (walls == 1.0)), 0)
         << "255 is wall, and no seed";
     std::map<int, int> room_of;
     for (int room = 0; room < kSide * kSide; ++room) {
-        const cv::Point middle(30 + room % kSide * kPitch, 30 + room / kSide * kPitch);
+        const cv::Point middle(30 + room % kSide * 44, 30 + room / kSide * 44);
         const int seed = markers.at<std::int32_t>(middle);
         EXPECT_GT(seed, 0);
         EXPECT_EQ(room_of.emplace(seed, room).first->second, room);

@@ -60,4 +60,18 @@ DrawnPlan corridorWithSixRooms() {
     return plan;
 }
 
+cv::Mat gridOfRooms(int side) {
+    constexpr int kPitch = 44;
+    cv::Mat walls(side * kPitch + 20, side * kPitch + 20, CV_32FC1, cv::Scalar(1.0));
+    for (int row = 0; row < side; ++row) {
+        for (int col = 0; col < side; ++col) {
+            const cv::Point corner(10 + col * kPitch, 10 + row * kPitch);
+            walls(cv::Rect(corner, cv::Size(40, 40))) = 0.0;
+            if (col > 0) walls(cv::Rect(corner.x - 4, corner.y + 13, 4, 14)) = 0.0;
+            if (row > 0 && col == 0) walls(cv::Rect(corner.x + 13, corner.y - 4, 14, 4)) = 0.0;
+        }
+    }
+    return walls;
+}
+
 }  // namespace vorund::test

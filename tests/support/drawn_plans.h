@@ -21,4 +21,9 @@ DrawnPlan twoRooms();
 /// scale and the corridor is three of the plan's nine rooms, one per pair.
 DrawnPlan corridorWithSixRooms();
 
+/// The walls of `side` x `side` rooms of 2 m x 2 m, 2.2 m from one to the next, with doors of 0.7 m
+/// to their neighbours in the same row, and from row to row at the left. The middle of a room is at
+/// pixel 30 + 44 i.
+cv::Mat gridOfRooms(int side);
+
 }  // namespace vorund::test

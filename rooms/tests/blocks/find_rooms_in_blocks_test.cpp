@@ -236,28 +236,11 @@ TEST_F(FindRoomsInBlocks, DividesMapsOfMoreThan16MillionPixels) {
     }
 }
 
-/// 18 x 18 rooms of 2 m x 2 m with doors of 0.7 m to their neighbours in the same row, and from row
-/// to row at the left.
-cv::Mat manyRooms() {
-    constexpr int kSide = 18;
-    constexpr int kPitch = 44;
-    cv::Mat walls(kSide * kPitch + 20, kSide * kPitch + 20, CV_32FC1, cv::Scalar(1.0));
-    for (int row = 0; row < kSide; ++row) {
-        for (int col = 0; col < kSide; ++col) {
-            const cv::Point corner(10 + col * kPitch, 10 + row * kPitch);
-            walls(cv::Rect(corner, cv::Size(40, 40))) = 0.0;
-            if (col > 0) walls(cv::Rect(corner.x - 4, corner.y + 13, 4, 14)) = 0.0;
-            if (row > 0 && col == 0) walls(cv::Rect(corner.x + 13, corner.y - 4, 14, 4)) = 0.0;
-        }
-    }
-    return walls;
-}
-
 TEST_F(FindRoomsInBlocks, FindsAllOf324RoomsByItself) {
     Told told;
     Settings settings;
     settings.rooms.block_pixels = 200'000;
-    const Rooms rooms = find(mapOf(manyRooms()), settings, observerOf(told));
+    const Rooms rooms = find(mapOf(test::gridOfRooms(18)), settings, observerOf(told));
     EXPECT_GT(rooms.blocks, 1);
     ASSERT_THAT(rooms.rooms, SizeIs(18 * 18));
     for (int row = 0; row < 18; ++row) {
