@@ -6,6 +6,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <numeric>
 #include <opencv2/imgproc.hpp>
 #include <set>
 #include <stdexcept>
@@ -379,6 +380,46 @@ TEST(FloodFromMarkers, TakesZerosOfBothSignsForEqual) {
         cost.setTo(-0.0, random.bytes(size, 3) == 0);
         ASSERT_NO_FATAL_FAILURE(
             expectAgreement(cost, random.markers(size, 4, 6), "run " + std::to_string(run)));
+    }
+}
+
+TEST(FloodFromMarkers, TakesTiesAsTheHeapDoesOrInTheOrderOfPixels) {
+    // The heap gives the first seed, then the last one; both in the middle reach the gap at once.
+    const cv::Mat flat = cv::Mat::zeros(3, 6, CV_32FC1);
+    const cv::Mat markers = labels32(". . . . . .\n"
+                                     ". 3 1 . 2 .\n"
+                                     ". . . . . .");
+    EXPECT_THAT(internal::floodFromMarkers(flat, markers, 4, kWithoutLines),
+                MatEq(labels32(". . . . . .\n"
+                               ". 3 1 2 2 .\n"
+                               ". . . . . .")));
+    EXPECT_THAT(internal::floodFromMarkers(flat, markers, 4, kWithoutLines,
+                                           internal::Ties::kPixelOrder),
+                MatEq(labels32(". . . . . .\n"
+                               ". 3 1 1 2 .\n"
+                               ". . . . . .")));
+}
+
+TEST(FloodFromMarkers, GivesTheSameWhateverTheOrderOfTiesIfThereAreNone) {
+    RandomImages random(75);
+    for (int run = 0; run < 500; ++run) {
+        const cv::Size size = random.size(20);
+        cv::Mat costs(size, CV_32FC1);
+        std::vector<float> different(costs.total());
+        std::iota(different.begin(), different.end(), 0.0F);
+        for (std::size_t i = different.size(); i > 1; --i) {
+            std::swap(different[i - 1],
+                      different[static_cast<std::size_t>(random.below(static_cast<int>(i)))]);
+        }
+        std::copy(different.begin(), different.end(), costs.begin<float>());
+        const cv::Mat markers = random.markers(size, 4, 5);
+        for (const int connectivity : {4, 8}) {
+            for (const bool lines : {kWithLines, kWithoutLines}) {
+                ASSERT_THAT(internal::floodFromMarkers(costs, markers, connectivity, lines,
+                                                       internal::Ties::kPixelOrder),
+                            MatEq(internal::floodFromMarkers(costs, markers, connectivity, lines)));
+            }
+        }
     }
 }
 

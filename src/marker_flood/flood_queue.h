@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <limits>
 #include <utility>
 #include <vector>
@@ -37,14 +36,7 @@ class FloodQueue {
     FloodQueue(TieGuard guard, std::uint32_t heap_level)
         : last_heap_level_(heap_level), guard_(std::move(guard)) {}
 
-    /// Integers in the order of the costs, which are no NaN.
-    static std::uint32_t level(float cost) {
-        const float without_negative_zero = cost + 0.0F;
-        std::uint32_t bits;
-        std::memcpy(&bits, &without_negative_zero, sizeof bits);
-        constexpr std::uint32_t kSign = 0x80000000U;
-        return (bits & kSign) != 0 ? ~bits : bits | kSign;
-    }
+    static std::uint32_t level(float cost) { return levelOfCost(cost); }
 
     /// All seeds, before any is pushed. @param markers  > 0 where there is one.
     void announceSeeds(const std::int32_t* markers, const float* costs, int count) {

@@ -3,9 +3,19 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
 namespace vorund::internal {
+
+/// Integers in the order of the costs, which are no NaN.
+inline std::uint32_t levelOfCost(float cost) {
+    const float without_negative_zero = cost + 0.0F;
+    std::uint32_t bits;
+    std::memcpy(&bits, &without_negative_zero, sizeof bits);
+    constexpr std::uint32_t kSign = 0x80000000U;
+    return (bits & kSign) != 0 ? ~bits : bits | kSign;
+}
 
 /// A queue for levels that never fall: lowest level first, then first come, first served.
 ///

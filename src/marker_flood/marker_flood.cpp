@@ -8,6 +8,7 @@
 #include "internal/require.h"
 #include "marker_flood/flood.h"
 #include "marker_flood/flood_queue.h"
+#include "marker_flood/pixel_order_queue.h"
 #include "marker_flood/plain_queue.h"
 
 namespace vorund::internal {
@@ -59,7 +60,13 @@ cv::Mat costsOf(const cv::Mat& image) {
 
 /// Floods with a heap that serves no further than it seems to be needed, then further.
 template <class State, std::size_t kNeighbours>
-void floodFloats(const cv::Mat& costs, cv::Mat& labels, bool watershed_line) {
+void floodFloats(const cv::Mat& costs, cv::Mat& labels, bool watershed_line, Ties ties) {
+    if (ties == Ties::kPixelOrder) {
+        PixelOrderQueue queue;
+        Flood<PixelOrderQueue, State, kNeighbours>(costs, labels, watershed_line, queue)
+            .run(labels);
+        return;
+    }
     using LowestQueue = FloodQueue<std::uint32_t>;
     using Queue = FloodQueue<std::uint64_t>;
     const auto offsets = neighbourOffsets<kNeighbours>(labels.cols);
@@ -78,7 +85,7 @@ void floodFloats(const cv::Mat& costs, cv::Mat& labels, bool watershed_line) {
 }
 
 template <std::size_t kNeighbours>
-void flood(const cv::Mat& costs, cv::Mat& labels, bool watershed_line) {
+void flood(const cv::Mat& costs, cv::Mat& labels, bool watershed_line, Ties ties) {
     // The fast queues have indices of 32 bits.
     if (costs.depth() != CV_32F || labels.total() > std::numeric_limits<std::int32_t>::max()) {
         PlainQueue queue(labels);
@@ -89,16 +96,16 @@ void flood(const cv::Mat& costs, cv::Mat& labels, bool watershed_line) {
     double largest = 0.0;
     cv::minMaxLoc(labels, nullptr, &largest);
     if (largest <= std::numeric_limits<std::int16_t>::max()) {
-        floodFloats<std::int16_t, kNeighbours>(costs, labels, watershed_line);
+        floodFloats<std::int16_t, kNeighbours>(costs, labels, watershed_line, ties);
     } else {
-        floodFloats<std::int32_t, kNeighbours>(costs, labels, watershed_line);
+        floodFloats<std::int32_t, kNeighbours>(costs, labels, watershed_line, ties);
     }
 }
 
 }  // namespace
 
 cv::Mat floodFromMarkers(const cv::Mat& image, const cv::Mat& markers, int connectivity,
-                         bool watershed_line) {
+                         bool watershed_line, Ties ties) {
     const cv::Mat costs = costsOf(image);
     require(connectivity == 4 || connectivity == 8,
             "executeSkimageWatershed: Connectivity must be 4 or 8.");
@@ -107,9 +114,9 @@ cv::Mat floodFromMarkers(const cv::Mat& image, const cv::Mat& markers, int conne
     cv::Mat labels = markers.clone();
     if (labels.empty()) return labels;
     if (connectivity == 4) {
-        flood<4>(costs, labels, watershed_line);
+        flood<4>(costs, labels, watershed_line, ties);
     } else {
-        flood<8>(costs, labels, watershed_line);
+        flood<8>(costs, labels, watershed_line, ties);
     }
     return labels;
 }

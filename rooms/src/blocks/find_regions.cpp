@@ -5,12 +5,13 @@
 namespace vorund::rooms {
 namespace {
 
-/// Maps with more pixels are divided even if 8 bits would hold their regions.
-constexpr std::int64_t kMostPixelsInOnePiece = 16'000'000;
+/// From this size on 8 bits mostly do not hold a map's regions, which is seen late, and one piece
+/// is slow.
+constexpr std::int64_t kFewestPixelsOfDivided = 4'000'000;
 
 bool isDivided(const Settings& settings, const cv::Size& working_size) {
     return settings.rooms.blocks == "always" ||
-           std::int64_t{working_size.width} * working_size.height > kMostPixelsInOnePiece;
+           std::int64_t{working_size.width} * working_size.height >= kFewestPixelsOfDivided;
 }
 
 Segmented segmentDivided(const WorkingMap& map, const Settings& settings,

@@ -8,6 +8,7 @@
 
 #include "blocks/division.h"
 #include "maps/core_errors.h"
+#include "marker_flood/marker_flood.h"
 #include "vorund/ridge_filter.h"
 #include "vorund/rooms/find_rooms.h"
 #include "vorund/rooms/map_reader.h"
@@ -62,8 +63,8 @@ class Run {
         const int connectivity = config_.over_segment.create_watershed_segment_skimage.connectivity;
         cv::Mat cost =
             RidgeFilter::generateRidgeMapMeijering(walls, config_.generate_ridge_map_meijering);
-        cv::Mat labels =
-            WatershedSegmenter::executeSkimageWatershed(cost, markers, connectivity, true);
+        cv::Mat labels = internal::floodFromMarkers(cost, markers, connectivity, true,
+                                                    internal::Ties::kPixelOrder);
         cost = RidgeFilter::generateBoundaryFromDilated(walls);
         // Lines and what the walls have taken are flooded from the regions beside them.
         labels.setTo(0, labels == kWall);

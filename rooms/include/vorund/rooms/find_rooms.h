@@ -53,8 +53,8 @@ struct FlowObserver {
 /// regions, islands removed, regions joined across passages that are no doorways, a straight cut
 /// for every border left.
 ///
-/// A map with more regions than the core's 8-bit labels hold, or with more than 16 million pixels
-/// at the working resolution, is segmented in blocks that overlap (`Rooms::blocks` tells how many).
+/// A map with more regions than the core's 8-bit labels hold, or with 4 million pixels or more at
+/// the working resolution, is segmented in blocks that overlap (`Rooms::blocks` tells how many).
 ///
 /// @throws MapError       as `segmentMap`, though not for a map with many rooms.
 /// @throws Cancelled      when the observer asks to stop.
