@@ -2,33 +2,16 @@
 
 #include <algorithm>
 #include <cmath>
-#include <opencv2/imgproc.hpp>
 #include <utility>
 #include <vector>
 
 #include "flow/separators.h"
 #include "internal/runs.h"
+#include "passages/clearance.h"
 #include "vorund/rooms/grid_map.h"
 
 namespace vorund::rooms {
 namespace {
-
-/// Distances to the nearest wall; what lies outside the map counts as wall.
-cv::Mat distancesToWall(const cv::Mat& labels, const cv::Mat& walls_and_floor) {
-    cv::Mat floor(labels.rows + 2, labels.cols + 2, CV_8UC1, cv::Scalar(0));
-    cv::Mat inner = floor(cv::Rect({1, 1}, labels.size()));
-    cv::compare(labels, 0, inner, cv::CMP_NE);
-    inner &= walls_and_floor;
-    cv::Mat distances;
-    cv::distanceTransform(floor, distances, cv::DIST_L2, cv::DIST_MASK_PRECISE);
-    return distances(cv::Rect({1, 1}, labels.size()));
-}
-
-/// The square in whole numbers, so that every machine compares alike: a distance is the root of a
-/// whole number, rounded, whose square rounds to that number up to 2000 pixels.
-std::int64_t squared(float distance) {
-    return std::llround(static_cast<double>(distance) * static_cast<double>(distance));
-}
 
 void addPassage(Region& region, int other, const Passage& passage) {
     Passage& known = region.passages[other];
@@ -60,34 +43,33 @@ RegionTable::RegionTable(const Regions& regions, const cv::Mat& floor) {
         regions_[label].pixels =
             std::llround(data.area / (kWorkingResolution * kWorkingResolution));
     }
-    std::vector<float> of_label(static_cast<std::size_t>(regions.label_count), 0.0F);
-    std::vector<float> of_id(static_cast<std::size_t>(rooms.labels.cols - regions.label_count),
-                             0.0F);
-    const cv::Mat distances = distancesToWall(regions.labels, floor);
-    for (int row = 0; row < distances.rows; ++row) {
-        const float* const distance = distances.ptr<float>(row);
+    std::vector<std::int64_t> of_label(static_cast<std::size_t>(regions.label_count), 0);
+    std::vector<std::int64_t> of_id(
+        static_cast<std::size_t>(rooms.labels.cols - regions.label_count), 0);
+    const Clearance clearance(regions.labels, floor);
+    for (int row = 0; row < regions.labels.rows; ++row) {
         const std::int32_t* const label = regions.labels.ptr<std::int32_t>(row);
         const std::int32_t* const id = regions.borders.ptr<std::int32_t>(row);
-        internal::forEachRun(label, distances.cols, [&](int begin, int end, std::int32_t value) {
-            if (value == 0) return;
-            if (value != kLine) {
-                float& largest = of_label[static_cast<std::size_t>(value)];
-                // Not max_element: this the compiler takes several at a time.
-                for (int col = begin; col < end; ++col) largest = std::max(largest, distance[col]);
-                return;
-            }
-            for (int col = begin; col < end; ++col) {
-                float& largest = of_id[static_cast<std::size_t>(id[col])];
-                largest = std::max(largest, distance[col]);
-            }
-        });
+        const auto raise = [&](std::int64_t& largest, int begin, int end) {
+            largest = clearance.largest(row, begin, end, largest);
+        };
+        internal::forEachRun(
+            label, regions.labels.cols, [&](int begin, int end, std::int32_t value) {
+                if (value == kLine) {
+                    for (int col = begin; col < end; ++col) {
+                        raise(of_id[static_cast<std::size_t>(id[col])], col, col + 1);
+                    }
+                } else if (value != 0) {
+                    raise(of_label[static_cast<std::size_t>(value)], begin, end);
+                }
+            });
     }
     for (auto& [label, region] : regions_) {
-        region.clearance = squared(of_label[static_cast<std::size_t>(label)]);
+        region.clearance = of_label[static_cast<std::size_t>(label)];
     }
     for (const auto& [edge, data] : rooms.graph.edges()) {
         const int id = rooms.border_ids.at(edge);
-        const Passage passage{squared(of_id[static_cast<std::size_t>(id)]), data.length};
+        const Passage passage{of_id[static_cast<std::size_t>(id)], data.length};
         addPassage(regions_[edge.first], edge.second, passage);
         addPassage(regions_[edge.second], edge.first, passage);
     }
