@@ -50,17 +50,23 @@ cv::Mat drawSeedSteps(const SeedSteps& steps, double sigma) {
     return panel;
 }
 
-void swapBackgroundAndLines(cv::Mat& labels) {
+/// The labels with 0 and 255 swapped, as bytes.
+/// @throws std::runtime_error  if there are others than those of bytes.
+cv::Mat withBackgroundAndLinesSwapped(const cv::Mat& labels) {
+    cv::Mat bytes(labels.size(), CV_8UC1);
+    std::uint32_t all = 0;
     for (int row = 0; row < labels.rows; ++row) {
-        std::int32_t* const label = labels.ptr<std::int32_t>(row);
+        const std::int32_t* const label = labels.ptr<std::int32_t>(row);
+        std::uint8_t* const out = bytes.ptr<std::uint8_t>(row);
         for (int col = 0; col < labels.cols; ++col) {
-            if (label[col] == 0) {
-                label[col] = 255;
-            } else if (label[col] == 255) {
-                label[col] = 0;
-            }
+            const auto value = static_cast<std::uint32_t>(label[col]);
+            all |= value;
+            const auto byte = static_cast<std::uint8_t>(value);
+            out[col] = byte == 0 || byte == 255 ? static_cast<std::uint8_t>(~byte) : byte;
         }
     }
+    require(all <= 255, "createWatershedSegmentSkimage: Label values exceed uint8 range.");
+    return bytes;
 }
 
 }  // namespace
@@ -111,16 +117,8 @@ cv::Mat WatershedSegmenter::createWatershedSegmentSkimage(
             "createWatershedSegmentSkimage: Unsupported src_image or markers format. Expected "
             "CV_32FC1 or CV_32S.");
 
-    cv::Mat labels = executeSkimageWatershed(src_image, markers, config.connectivity, true);
-    swapBackgroundAndLines(labels);
-    double smallest = 0.0;
-    double largest = 0.0;
-    cv::minMaxLoc(labels, &smallest, &largest);
-    require(smallest >= 0.0 && largest <= 255.0,
-            "createWatershedSegmentSkimage: Label values exceed uint8 range.");
-    cv::Mat bytes;
-    labels.convertTo(bytes, CV_8U);
-    return bytes;
+    return withBackgroundAndLinesSwapped(
+        executeSkimageWatershed(src_image, markers, config.connectivity, true));
 }
 
 }  // namespace vorund

@@ -25,6 +25,21 @@ void tellOfAlignment(bool wanted) {
     }
 }
 
+/// Lines, and rooms that happen to be numbered 255, are flooded from the rooms beside them.
+cv::Mat seedsBetweenRooms(const cv::Mat& over_segmented, const cv::Mat& denoised) {
+    cv::Mat seeds(over_segmented.size(), CV_32SC1);
+    for (int row = 0; row < seeds.rows; ++row) {
+        const std::uint8_t* const label = over_segmented.ptr<std::uint8_t>(row);
+        const float* const wall = denoised.ptr<float>(row);
+        std::int32_t* const seed = seeds.ptr<std::int32_t>(row);
+        for (int col = 0; col < seeds.cols; ++col) {
+            const int room = label[col] == kUnreached ? 0 : label[col];
+            seed[col] = wall[col] == 1.0F ? kBackgroundSeed : room;
+        }
+    }
+    return seeds;
+}
+
 void swapBackgroundAndUnreached(cv::Mat& labels) {
     for (int row = 0; row < labels.rows; ++row) {
         std::uint8_t* const label = labels.ptr<std::uint8_t>(row);
@@ -133,17 +148,11 @@ std::pair<cv::Mat, int> FloorplanSegmenter::overSegmentAtScales(const cv::Mat& d
 cv::Mat FloorplanSegmenter::fillBetweenRooms(const cv::Mat& over_segmented, const cv::Mat& denoised,
                                              const cv::Mat& boundary) {
     debugger_->logInfo("Starting boundary filling with second watershed");
-    cv::Mat seeds;
-    over_segmented.convertTo(seeds, CV_32S);
-    // Lines, and rooms that happen to be numbered 255, are flooded from the rooms beside them.
-    seeds.setTo(0, seeds == kUnreached);
-    seeds.setTo(kBackgroundSeed, denoised == 1.0);
+    cv::Mat seeds = seedsBetweenRooms(over_segmented, denoised);
     showStage("55cpp_boundary_fill_seeds", seeds);
 
-    cv::Mat cost;
-    boundary.convertTo(cost, CV_32F);
     const cv::Mat flooded = WatershedSegmenter::executeSkimageWatershed(
-        cost, seeds, config_.over_segment.create_watershed_segment_skimage.connectivity, false);
+        boundary, seeds, config_.over_segment.create_watershed_segment_skimage.connectivity, false);
     cv::Mat filled;
     flooded.convertTo(filled, CV_8U);
     swapBackgroundAndUnreached(filled);
