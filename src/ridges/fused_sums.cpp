@@ -74,14 +74,37 @@ VORUND_INLINE void rowBlock(const float* values, const float* kernel, int taps, 
     for (std::size_t i = 0; i < kCount; ++i) out[i] = sums[i];
 }
 
+bool areEqual(const float* values, int count) {
+    const std::size_t pairs = static_cast<std::size_t>(count) - 1;
+    return std::memcmp(values, values + 1, pairs * sizeof *values) == 0;
+}
+
+/// A block whose values are all equal has one sum, which is that of the next such block as well
+/// where it has the same value: floor and walls are wide.
 template <class Fma>
 VORUND_INLINE void rowSums(const float* values, const float* kernel, int taps, float* sums,
                            int count) {
-    int i = 0;
-    for (; i + kBlock <= count; i += kBlock) {
-        rowBlock<Fma, kBlock>(values + i, kernel, taps, sums + i);
+    const float* known = nullptr;
+    float sum = 0.0F;
+    for (int done = 0; done < count;) {
+        if (count < kBlock) {
+            rowBlock<Fma, 1>(values + done, kernel, taps, sums + done);
+            ++done;
+            continue;
+        }
+        // The last block may overlap the one before, whose sums are the same again.
+        const int i = std::min(done, count - kBlock);
+        if (areEqual(values + i, kBlock + taps - 1)) {
+            if (known == nullptr || std::memcmp(known, values + i, sizeof *known) != 0) {
+                known = values + i;
+                rowBlock<Fma, 1>(known, kernel, taps, &sum);
+            }
+            std::fill(sums + i, sums + i + kBlock, sum);
+        } else {
+            rowBlock<Fma, kBlock>(values + i, kernel, taps, sums + i);
+        }
+        done = i + kBlock;
     }
-    for (; i < count; ++i) rowBlock<Fma, 1>(values + i, kernel, taps, sums + i);
 }
 
 /// Adds those of `kPairs` pairs of rows from the t-th on to the sums, so that a sum is fetched and

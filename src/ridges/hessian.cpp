@@ -1,10 +1,13 @@
 #include "ridges/hessian.h"
 
 #include <algorithm>
+#include <cstring>
 #include <opencv2/imgproc.hpp>
 
 namespace vorund::internal {
 namespace {
+
+constexpr int kPart = 64;  // Columns that are looked at together.
 
 /// Ends of zeros are left out, the same number on both sides: they add nothing.
 int reachOf(const cv::Mat& smooth, const cv::Mat& derive) {
@@ -29,7 +32,8 @@ Hessian::Hessian(const cv::Mat& image, const cv::Mat& smooth, const cv::Mat& der
       reach_(reachOf(smooth, derive)),
       smooth_{middleOf(smooth, reach_), Symmetry::kEven},
       derive_{middleOf(derive, reach_), Symmetry::kOdd},
-      recent_(2 * reach_ + 1, image.cols, CV_32FC1),
+      recent_(2 * reach_ + 2, image.cols, CV_32FC1),
+      equal_rows_(static_cast<std::size_t>((image.cols + kPart - 1) / kPart)),
       window_(static_cast<std::size_t>(2 * reach_ + 1)),
       zeros_(static_cast<std::size_t>(image.cols), 0.0F) {
     CV_Assert(border != cv::BORDER_WRAP);
@@ -58,12 +62,18 @@ void Hessian::filter(const Band& source, const Kernel& row_kernel, const Kernel&
                      const cv::Range& rows, cv::Mat& filtered) {
     filtered.create(rows.size(), image_.cols, CV_32FC1);
     const cv::Range read = withReach(rows);
+    std::fill(equal_rows_.begin(), equal_rows_.end(), 0);
     int next = read.start;
     for (int row = rows.start; row < rows.end; ++row) {
         for (; next < std::min(row + reach_ + 1, read.end); ++next) {
-            filterAlongRow(source.row(next), row_kernel, recent_.ptr<float>(next % recent_.rows));
+            filterAlongRow(source.row(next), row_kernel, recentRow(next));
+            if (next > read.start) countEqualRows(recentRow(next - 1), recentRow(next));
         }
-        filterDownColumns(row, column_kernel, filtered.ptr<float>(row - rows.start));
+        const int in_band = row - rows.start;
+        const bool none_missing = row - reach_ > read.start && row + reach_ < read.end;
+        filterDownColumns(row, column_kernel,
+                          none_missing && in_band > 0 ? filtered.ptr<float>(in_band - 1) : nullptr,
+                          filtered.ptr<float>(in_band));
     }
 }
 
@@ -79,14 +89,43 @@ void Hessian::filterAlongRow(const float* from, const Kernel& kernel, float* to)
     sumAlongRow(widened_.data(), kernel.values.data(), 2 * reach_ + 1, to, image_.cols);
 }
 
-void Hessian::filterDownColumns(int row, const Kernel& kernel, float* to) {
+void Hessian::countEqualRows(const float* before, const float* row) {
+    for (std::size_t part = 0; part < equal_rows_.size(); ++part) {
+        const std::size_t begin = part * kPart;
+        const std::size_t count =
+            std::min<std::size_t>(kPart, static_cast<std::size_t>(image_.cols) - begin);
+        const bool equal = std::memcmp(before + begin, row + begin, count * sizeof *row) == 0;
+        equal_rows_[part] = equal ? equal_rows_[part] + 1 : 0;
+    }
+}
+
+/// @param above  The sums of the row above, if the rows around both have been filtered along.
+void Hessian::filterDownColumns(int row, const Kernel& kernel, const float* above, float* to) {
     for (int i = -reach_; i <= reach_; ++i) {
         const int inside = cv::borderInterpolate(row + i, image_.rows, border_);
         window_[static_cast<std::size_t>(reach_ + i)] =
-            inside < 0 ? zeros_.data() : recent_.ptr<float>(inside % recent_.rows);
+            inside < 0 ? zeros_.data() : recentRow(inside);
     }
-    sumDownColumns(window_.data() + reach_, kernel.values.data() + reach_, reach_, kernel.symmetry,
-                   to, image_.cols);
+    // Where all rows around both are equal, so are the sums.
+    const auto isKnown = [&](std::size_t part) {
+        return above != nullptr && equal_rows_[part] > 2 * reach_;
+    };
+    int at = 0;  // Where the window's rows point to.
+    int from = 0;
+    for (std::size_t part = 0; part < equal_rows_.size();) {
+        const bool known = isKnown(part);
+        while (part < equal_rows_.size() && isKnown(part) == known) ++part;
+        const int end = std::min(static_cast<int>(part) * kPart, image_.cols);
+        if (known) {
+            std::copy(above + from, above + end, to + from);
+        } else {
+            for (const float*& pixels : window_) pixels += from - at;
+            at = from;
+            sumDownColumns(window_.data() + reach_, kernel.values.data() + reach_, reach_,
+                           kernel.symmetry, to + from, end - from);
+        }
+        from = end;
+    }
 }
 
 }  // namespace vorund::internal

@@ -40,16 +40,19 @@ class Hessian {
     void filter(const Band& source, const Kernel& row_kernel, const Kernel& column_kernel,
                 const cv::Range& rows, cv::Mat& filtered);
     void filterAlongRow(const float* from, const Kernel& kernel, float* to);
-    void filterDownColumns(int row, const Kernel& kernel, float* to);
+    float* recentRow(int row) { return recent_.ptr<float>(row % recent_.rows); }
+    void countEqualRows(const float* before, const float* row);
+    void filterDownColumns(int row, const Kernel& kernel, const float* above, float* to);
 
     cv::Mat image_;
     int border_;
     int reach_;
     Kernel smooth_;
     Kernel derive_;
-    std::vector<int> column_of_;  ///< Of the image, for each of a widened row; -1 for a zero.
-    std::vector<float> widened_;  ///< A row with what goes on beyond its ends.
-    cv::Mat recent_;  ///< The last rows filtered along, row r in row r % 2 * reach_ + 1.
+    std::vector<int> column_of_;   ///< Of the image, for each of a widened row; -1 for a zero.
+    std::vector<float> widened_;   ///< A row with what goes on beyond its ends.
+    cv::Mat recent_;               ///< The last rows filtered along.
+    std::vector<int> equal_rows_;  ///< For each part of the last row, how many rows above equal it.
     std::vector<const float*> window_;  ///< Those that are filtered down.
     std::vector<float> zeros_;
     Band x_, y_;
