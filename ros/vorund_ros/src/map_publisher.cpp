@@ -8,6 +8,7 @@
 #include <string>
 
 #include "map_message.h"
+#include "publish_latched.h"
 #include "vorund/rooms/map_reader.h"
 
 int main(int argc, char** argv) {
@@ -23,7 +24,7 @@ int main(int argc, char** argv) {
         ros::NodeHandle("~").param<std::string>("frame_id", map.header.frame_id, "map");
         map.header.stamp = map.info.map_load_time = ros::Time::now();
         const ros::Publisher publisher = node.advertise<nav_msgs::OccupancyGrid>("map", 1, true);
-        publisher.publish(map);
+        vorund_ros::publishLatched(publisher, map);
         ros::spin();
         return EXIT_SUCCESS;
     } catch (const std::exception& error) {

@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "live_settings.h"
+#include "publish_latched.h"
 
 namespace vorund_ros {
 namespace {
@@ -89,10 +90,10 @@ void RoomServer::advertise() {
 }
 
 void RoomServer::publish(const RoomOutput& output) {
-    cells_publisher_.publish(output.cells);
-    image_publisher_.publish(output.rooms.found.labels);
-    graph_publisher_.publish(output.rooms.found.graph);
-    marker_publisher_.publish(output.markers);
+    publishLatched(cells_publisher_, output.cells);
+    publishLatched(image_publisher_, output.rooms.found.labels);
+    publishLatched(graph_publisher_, output.rooms.found.graph);
+    publishLatched(marker_publisher_, output.markers);
 }
 
 void RoomServer::startLiveSettings() {
