@@ -24,7 +24,8 @@ HERE = pathlib.Path(__file__).resolve().parent
 SOURCE = os.environ.get("VORUND_ROS_SOURCE", str(HERE.parent))
 DEVEL = os.environ["VORUND_ROS_DEVEL"]
 MSGS = os.environ.get("VORUND_MSGS_PREFIX") or DEVEL
-PATIENCE = 60.0  # [s], after which something that should come is given up.
+# [s], after which something that should come is given up; more where programs are emulated.
+PATIENCE = float(os.environ.get("VORUND_ROS_PATIENCE", "60"))
 
 os.umask(0o022)
 HOME = pathlib.Path(tempfile.mkdtemp(prefix="vorund_ros_"))
