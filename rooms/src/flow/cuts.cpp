@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstdlib>
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
+#include "flow/boxes.h"
+#include "flow/line_pixels.h"
 #include "flow/separators.h"
 #include "internal/pixel_sums.h"
-#include "internal/runs.h"
 #include "internal/straight_cut.h"
 
 namespace vorund::rooms {
@@ -19,29 +19,6 @@ using GraphProcessor::OptimalLine;
 
 /// Cuts of a border end on its rooms; a walk leaves their windows by less than this. [pixels]
 constexpr int kWindowMargin = 4;
-
-/// The pixels of a straight line, each a step up, down, left or right from the last, so that they
-/// part the floor even for 8-connected ways around.
-std::vector<cv::Point> linePixels(const cv::Point& from, const cv::Point& to) {
-    const int dx = std::abs(to.x - from.x);
-    const int dy = std::abs(to.y - from.y);
-    const int step_x = to.x > from.x ? 1 : -1;
-    const int step_y = to.y > from.y ? 1 : -1;
-    std::vector<cv::Point> pixels{from};
-    cv::Point pixel = from;
-    for (int ix = 0, iy = 0; ix < dx || iy < dy;) {
-        // Towards the side on which the line lies, compared at the middles of the next steps.
-        if ((1 + 2 * ix) * dy < (1 + 2 * iy) * dx) {
-            pixel.x += step_x;
-            ++ix;
-        } else {
-            pixel.y += step_y;
-            ++iy;
-        }
-        pixels.push_back(pixel);
-    }
-    return pixels;
-}
 
 cv::Point rounded(const cv::Point2f& point) {
     return {static_cast<int>(std::lround(point.x)), static_cast<int>(std::lround(point.y))};
@@ -114,21 +91,6 @@ internal::NumberedSums sumBorders(const RoomGraph& rooms) {
     internal::NumberedSums sums(largest + 1);
     internal::addLabels<std::int32_t>(rooms.borders, sums);
     return sums;
-}
-
-/// The smallest rectangle around each room, by label.
-std::vector<cv::Rect> boxesOf(const cv::Mat& labels) {
-    double largest = 0.0;
-    cv::minMaxLoc(labels, nullptr, &largest);
-    std::vector<cv::Rect> boxes(static_cast<std::size_t>(largest) + 1);
-    for (int row = 0; row < labels.rows; ++row) {
-        internal::forEachRun(labels.ptr<std::int32_t>(row), labels.cols,
-                             [&](int begin, int end, std::int32_t label) {
-                                 boxes[static_cast<std::size_t>(label)] |=
-                                     cv::Rect(begin, row, end - begin, 1);
-                             });
-    }
-    return boxes;
 }
 
 cv::Rect boxIn(const cv::Mat& labels, int label) {

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "blocks/find_regions.h"
+#include "doorways/find_doorways.h"
 #include "flow/cuts.h"
 #include "flow/islands.h"
 #include "flow/merging.h"
@@ -36,6 +37,22 @@ cv::Mat asIntegers(const cv::Mat& labels) {
     return integers;
 }
 
+bool mergesByPassages(const Settings& settings) {
+    return settings.rooms.merging == kMergeByPassages;
+}
+
+/// What the building leaves free, and where its walls have gaps.
+struct Space {
+    cv::Mat floor;  ///< `CV_8UC1`: 255 = floor, 0 = wall.
+    std::vector<FoundDoorway> doorways;
+
+    Space(const WorkingMap& map, const Settings& settings) {
+        if (!mergesByPassages(settings)) return;
+        floor = map.floor();
+        if (settings.rooms.doorways) doorways = findDoorways(floor, settings.rooms);
+    }
+};
+
 void mergeByPasses(Regions& regions, const Settings& settings, const FlowObserver& observer) {
     begin(observer, kStepMergeNodes);
     mergeBySizeAndBorderLength(regions.table, settings.core, [&](const std::string& pass) {
@@ -44,18 +61,18 @@ void mergeByPasses(Regions& regions, const Settings& settings, const FlowObserve
     });
 }
 
-void mergeByPassages(Regions& regions, const cv::Mat& floor, const RoomsConfig& config,
+void mergeByPassages(Regions& regions, const Space& space, const RoomsConfig& config,
                      const FlowObserver& observer) {
     begin(observer, kStepMergePassages);
-    mergeOpenPassages(regions, floor, config);
+    mergeOpenPassages(regions, space.floor, space.doorways, config);
     tell(observer, kStepMergePassages, regions);
 }
 
 /// From regions to merged rooms.
-std::vector<RemovedIsland> mergeRooms(Regions& regions, const WorkingMap& map,
+std::vector<RemovedIsland> mergeRooms(Regions& regions, const Space& space,
                                       const Settings& settings, const FlowObserver& observer) {
     begin(observer, kStepIslands);
-    const bool by_passages = settings.rooms.merging == kMergeByPassages;
+    const bool by_passages = mergesByPassages(settings);
     const RoomsConfig config = atDetail(settings.rooms);
     // A room that stands alone on a large map is a room, too.
     std::vector<RemovedIsland> islands =
@@ -63,7 +80,7 @@ std::vector<RemovedIsland> mergeRooms(Regions& regions, const WorkingMap& map,
                     : removeIslands(regions, settings.core.merge_nodes_in_place.area_threshold);
     tell(observer, kStepIslands, regions);
     if (by_passages) {
-        mergeByPassages(regions, map.floor(), config, observer);
+        mergeByPassages(regions, space, config, observer);
     } else {
         mergeByPasses(regions, settings, observer);
     }
@@ -97,9 +114,11 @@ Rooms findRooms(const GridMap& map, const Settings& settings, std::shared_ptr<De
 
     begin(observer, kStepSeparate);
     cv::Mat labels = asIntegers(segmented.labels);
+    const Space space(working, settings);
+    splitAtDoorways(labels, space.floor, space.doorways);
     Regions regions = separate(labels);
     tell(observer, kStepSeparate, regions);
-    const std::vector<RemovedIsland> islands = mergeRooms(regions, working, settings, observer);
+    const std::vector<RemovedIsland> islands = mergeRooms(regions, space, settings, observer);
     const Cuts cuts = cutAndDraw(regions, observer);
 
     Rooms result;

@@ -45,7 +45,7 @@ void absorb(RegionTable& table, const Smallness& small) {
         const auto& passages = table.regions().at(label).passages;
         const auto widest = std::max_element(
             passages.begin(), passages.end(),
-            [](const auto& a, const auto& b) { return a.second.clearance < b.second.clearance; });
+            [](const auto& a, const auto& b) { return a.second.widest() < b.second.widest(); });
         const int neighbour = widest->first;
         waiting.erase({table.regions().at(neighbour).pixels, neighbour});
         table.merge(label, neighbour);
@@ -108,8 +108,9 @@ void joinOpen(RegionTable& table, const RoomsConfig& config) {
 
 }  // namespace
 
-void mergeOpenPassages(Regions& regions, const cv::Mat& floor, const RoomsConfig& config) {
-    RegionTable table(regions, floor);
+void mergeOpenPassages(Regions& regions, const cv::Mat& floor,
+                       const std::vector<FoundDoorway>& doorways, const RoomsConfig& config) {
+    RegionTable table(regions, floor, doorways);
     absorb(table, kSpecks);
     joinOpen(table, config);
     absorb(table, {config.least_area, 0.0, 0.0});

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <vector>
+
+#include "doorways/find_doorways.h"
 #include "flow/regions.h"
 #include "vorund/rooms/room_settings.h"
 
@@ -17,8 +20,10 @@ inline constexpr char kMergeByPassages[] = "passages";
 /// 2. Regions are joined, the most open passage first, while there is one above `open_ratio`, or
 ///    above `narrow_ratio` where it is narrower than `narrow_passage`.
 /// 3. Rooms below `least_area` go as the specks did.
-/// @param floor  `CV_8UC1` of the labels' size: 255 = floor, 0 = wall, also within regions, since
-///               the segmentation takes no notice of specks.
-void mergeOpenPassages(Regions& regions, const cv::Mat& floor, const RoomsConfig& config);
+/// @param floor     `CV_8UC1` of the labels' size: 255 = floor, 0 = wall, also within regions, since
+///                  the segmentation takes no notice of specks.
+/// @param doorways  Are no open passages; small regions leave through them all the same.
+void mergeOpenPassages(Regions& regions, const cv::Mat& floor,
+                       const std::vector<FoundDoorway>& doorways, const RoomsConfig& config);
 
 }  // namespace vorund::rooms

@@ -13,9 +13,19 @@
 namespace vorund::rooms {
 namespace {
 
+/// The floor with shut doorways.
+cv::Mat withoutDoorways(const cv::Mat& floor, const std::vector<FoundDoorway>& doorways) {
+    cv::Mat shut = floor.clone();
+    for (const FoundDoorway& doorway : doorways) {
+        for (const cv::Point& pixel : doorway.pixels(floor)) shut.at<std::uint8_t>(pixel) = 0;
+    }
+    return shut;
+}
+
 void addPassage(Region& region, int other, const Passage& passage) {
     Passage& known = region.passages[other];
     known.clearance = std::max(known.clearance, passage.clearance);
+    known.doorway = std::max(known.doorway, passage.doorway);
     known.length += passage.length;
 }
 
@@ -37,7 +47,27 @@ double Region::width() const {
     return 2.0 * std::sqrt(static_cast<double>(clearance)) * kWorkingResolution;
 }
 
-RegionTable::RegionTable(const Regions& regions, const cv::Mat& floor) {
+/// By a border's id, of the doorways that it lies on or beside: half the widest one's width, squared.
+RegionTable::ByIndex RegionTable::widestDoorways(const Regions& regions, const cv::Mat& floor,
+                                                 const std::vector<FoundDoorway>& doorways) {
+    ByIndex widest(static_cast<std::size_t>(regions.table.labels.cols - regions.label_count), 0);
+    const cv::Rect whole({0, 0}, regions.borders.size());
+    for (const FoundDoorway& doorway : doorways) {
+        const std::int64_t squared = std::int64_t{doorway.width} * doorway.width / 4;
+        for (const cv::Point& pixel : doorway.pixels(floor)) {
+            for (const cv::Point& step : {cv::Point(0, 0), {0, -1}, {-1, 0}, {1, 0}, {0, 1}}) {
+                if (!whole.contains(pixel + step)) continue;
+                const int id = regions.borders.at<std::int32_t>(pixel + step);
+                std::int64_t& known = widest[static_cast<std::size_t>(id)];
+                known = std::max(known, squared);
+            }
+        }
+    }
+    return widest;
+}
+
+RegionTable::RegionTable(const Regions& regions, const cv::Mat& floor,
+                         const std::vector<FoundDoorway>& doorways) {
     const RoomGraph& rooms = regions.table;
     for (const auto& [label, data] : rooms.graph.nodes()) {
         regions_[label].pixels =
@@ -46,7 +76,7 @@ RegionTable::RegionTable(const Regions& regions, const cv::Mat& floor) {
     std::vector<std::int64_t> of_label(static_cast<std::size_t>(regions.label_count), 0);
     std::vector<std::int64_t> of_id(
         static_cast<std::size_t>(rooms.labels.cols - regions.label_count), 0);
-    const Clearance clearance(regions.labels, floor);
+    const Clearance clearance(regions.labels, withoutDoorways(floor, doorways));
     for (int row = 0; row < regions.labels.rows; ++row) {
         const std::int32_t* const label = regions.labels.ptr<std::int32_t>(row);
         const std::int32_t* const id = regions.borders.ptr<std::int32_t>(row);
@@ -67,9 +97,11 @@ RegionTable::RegionTable(const Regions& regions, const cv::Mat& floor) {
     for (auto& [label, region] : regions_) {
         region.clearance = of_label[static_cast<std::size_t>(label)];
     }
+    const ByIndex doorway_of_id = widestDoorways(regions, floor, doorways);
     for (const auto& [edge, data] : rooms.graph.edges()) {
         const int id = rooms.border_ids.at(edge);
-        const Passage passage{of_id[static_cast<std::size_t>(id)], data.length};
+        const auto index = static_cast<std::size_t>(id);
+        const Passage passage{of_id[index], doorway_of_id[index], data.length};
         addPassage(regions_[edge.first], edge.second, passage);
         addPassage(regions_[edge.second], edge.first, passage);
     }

@@ -1,16 +1,25 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <map>
+#include <vector>
 
+#include "doorways/find_doorways.h"
 #include "flow/regions.h"
 
 namespace vorund::rooms {
 
 /// Where two regions meet.
 struct Passage {
-    std::int64_t clearance = 0;  ///< The largest squared distance to a wall on it. [pixels^2]
-    double length = 0.0;         ///< Of the border. [m]
+    /// The largest squared distance to a wall on it, where a doorway counts as wall. [pixels^2]
+    std::int64_t clearance = 0;
+    /// Of its doorways, half the widest one's width, squared. [pixels^2]
+    std::int64_t doorway = 0;
+    double length = 0.0;  ///< Of the border. [m]
+
+    /// All the same, through a doorway or not.
+    std::int64_t widest() const { return std::max(clearance, doorway); }
 };
 
 /// What merging needs to know of a region, in whole numbers: sums of areas are rounded, so that
@@ -30,8 +39,11 @@ struct Region {
 /// brings the graph and what labels and borders have become in line.
 class RegionTable {
  public:
-    /// @param floor  `CV_8UC1`: 0 = wall, too, although a region may hold it.
-    RegionTable(const Regions& regions, const cv::Mat& floor);
+    /// @param floor     `CV_8UC1`: 0 = wall, too, although a region may hold it.
+    /// @param doorways  Are shut while widths are measured: a room does not get wider by an open
+    ///                  door, and nothing is open through one.
+    RegionTable(const Regions& regions, const cv::Mat& floor,
+                const std::vector<FoundDoorway>& doorways);
 
     const std::map<int, Region>& regions() const { return regions_; }
 
@@ -45,6 +57,10 @@ class RegionTable {
     void apply(Regions& regions) const;
 
  private:
+    using ByIndex = std::vector<std::int64_t>;
+    static ByIndex widestDoorways(const Regions& regions, const cv::Mat& floor,
+                                  const std::vector<FoundDoorway>& doorways);
+
     void renameLabels(Regions& regions) const;
     void mergeBorders(Regions& regions) const;
 

@@ -222,6 +222,9 @@ void addRooms(const Group<RoomsConfig>& group) {
     group.add("narrow_ratio", &RoomsConfig::narrow_ratio, number(0, 1));
     group.add("narrow_passage", &RoomsConfig::narrow_passage, number(0, kMostMetres));
     group.add("least_area", &RoomsConfig::least_area, number(0, kMostMetres));
+    group.add("doorways", &RoomsConfig::doorways, flag());
+    group.add("widest_doorway", &RoomsConfig::widest_doorway, number(0, kMostMetres));
+    group.add("jamb", &RoomsConfig::jamb, number(0, kMostMetres));
     group.add("detail", &RoomsConfig::detail, number(-kMostDetail, kMostDetail));
     group.add("clear_clutter", &RoomsConfig::clear_clutter, flag());
     group.add("loose_part", &RoomsConfig::loose_part, number(0, kMostMetres));

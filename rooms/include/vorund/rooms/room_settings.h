@@ -24,9 +24,14 @@ struct RoomsConfig {
     /// roomier side, 0 to 1. Larger values give more rooms.
     double open_ratio = 0.5;
     /// The same for passages narrower than `narrow_passage`, 0 to 1.
-    double narrow_ratio = 0.7;
+    double narrow_ratio = 0.6;
     double narrow_passage = 1.25;  ///< As wide as a wide door. [m]
     double least_area = 2.0;       ///< Of a room. [m^2]
+    /// For "passages": find doorways as gaps in walls; regions end in them, and are not joined
+    /// through them.
+    bool doorways = true;
+    double widest_doorway = 2.5;  ///< [m]
+    double jamb = 0.5;  ///< Wall that goes on from one end of a doorway at least. [m]
     /// One knob over the three before: -2 for few large rooms to 2 for many small ones. The odds of
     /// the ratios are multiplied by 1 + detail, `least_area` is divided by it; below 0 it is the
     /// other way round, by 1 - detail.
