@@ -58,6 +58,15 @@ Json toJson(const Border& border) {
             {"cut", border.door ? toJson(*border.door) : Json(nullptr)}};
 }
 
+Json toJson(const Doorway& doorway) {
+    return {{"rooms", Json::array({doorway.first, doorway.second})},
+            {"center", toJson(doorway.center)},
+            {"start", toJson(doorway.start)},
+            {"end", toJson(doorway.end)},
+            {"width_m", rounded(doorway.width_m)},
+            {"certainty", rounded(doorway.certainty)}};
+}
+
 Json toJson(const Island& island) {
     return {{"area_m2", rounded(island.area_m2)}, {"position", toJson(island.position)}};
 }
@@ -95,6 +104,7 @@ std::string roomsAsJson(const Rooms& rooms) {
         {"blocks", rooms.blocks},
         {"rooms", listOf(rooms.rooms)},
         {"borders", listOf(rooms.borders)},
+        {"doorways", listOf(rooms.doorways)},
         {"islands", listOf(rooms.islands)},
         {"unreached_m2", rounded(static_cast<double>(rooms.unreached_pixels) * pixel_area)},
         {"settings", toJson(YAML::Load(settingsAsYaml(rooms.settings)))}};

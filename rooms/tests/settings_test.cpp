@@ -119,6 +119,9 @@ rooms:
   narrow_ratio: 0.375
   narrow_passage: 1.125
   least_area: 2.25
+  doorways: false
+  widest_doorway: 2.75
+  jamb: 0.625
   detail: -0.5
   clear_clutter: false
   loose_part: 1.5
@@ -176,6 +179,9 @@ Settings changedSettings() {
     rooms.narrow_ratio = 0.375;
     rooms.narrow_passage = 1.125;
     rooms.least_area = 2.25;
+    rooms.doorways = false;
+    rooms.widest_doorway = 2.75;
+    rooms.jamb = 0.625;
     rooms.detail = -0.5;
     rooms.clear_clutter = false;
     rooms.loose_part = 1.5;
@@ -710,6 +716,9 @@ std::vector<Range> stages() {
         real("rooms/narrow_ratio", {"0", "1"}, {"1.01"}),
         real("rooms/narrow_passage", {"0", "1e6"}, {"1000000.1"}),
         real("rooms/least_area", {"0", "1e6"}, {"1000000.1"}),
+        flag("rooms/doorways"),
+        real("rooms/widest_doorway", {"0", "1e6"}, {"1000000.1"}),
+        real("rooms/jamb", {"0", "1e6"}, {"1000000.1"}),
         range("rooms/detail", {"-2", "0", "1.5", "2"}, {"-2.1", "2.1", ".nan", ".inf"}),
         flag("rooms/clear_clutter"),
         real("rooms/loose_part", {"0", "1e6"}, {"1000000.1"}),

@@ -4,7 +4,9 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <map>
 #include <tuple>
+#include <utility>
 
 #include "doorways/level_floor.h"
 #include "doorways/wall_gaps.h"
@@ -144,6 +146,28 @@ std::vector<cv::Point> FoundDoorway::pixels(const cv::Mat& floor) const {
                               }),
                line.end());
     return line;
+}
+
+std::vector<LinkingDoorway> linkingDoorways(const cv::Mat& labels, const cv::Mat& floor,
+                                            const std::vector<FoundDoorway>& doorways) {
+    const cv::Rect whole({0, 0}, labels.size());
+    std::vector<LinkingDoorway> linking;
+    for (const FoundDoorway& doorway : doorways) {
+        std::map<int, int> pixels;  // By room.
+        for (const cv::Point& pixel : doorway.pixels(floor)) {
+            for (const cv::Point& step : {cv::Point(0, -1), {-1, 0}, {1, 0}, {0, 1}}) {
+                if (!whole.contains(pixel + step)) continue;
+                const int room = labels.at<std::int32_t>(pixel + step);
+                if (room != 0) ++pixels[room];
+            }
+        }
+        if (pixels.size() < 2) continue;
+        std::vector<std::pair<int, int>> most;
+        for (const auto& [room, count] : pixels) most.emplace_back(-count, room);
+        std::sort(most.begin(), most.end());
+        linking.push_back({doorway, Edge(most[0].second, most[1].second)});
+    }
+    return linking;
 }
 
 std::vector<FoundDoorway> findDoorways(const cv::Mat& floor, const RoomsConfig& config) {

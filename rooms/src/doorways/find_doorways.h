@@ -3,6 +3,7 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
+#include "vorund/graph.h"
 #include "vorund/rooms/room_settings.h"
 
 namespace vorund::rooms {
@@ -25,6 +26,18 @@ struct FoundDoorway {
 /// @param floor  `CV_8UC1`: 255 = floor, 0 = wall.
 /// @return From the narrowest to the widest; of several in the same place the narrowest.
 std::vector<FoundDoorway> findDoorways(const cv::Mat& floor, const RoomsConfig& config);
+
+/// A doorway that leads from one room to another.
+struct LinkingDoorway {
+    FoundDoorway doorway;
+    Edge rooms;
+};
+
+/// Those of the doorways that have two rooms on their sides, and which; of more than two rooms those
+/// with most pixels beside it.
+/// @param labels  `CV_32SC1`: 0 = no room.
+std::vector<LinkingDoorway> linkingDoorways(const cv::Mat& labels, const cv::Mat& floor,
+                                            const std::vector<FoundDoorway>& doorways);
 
 /// Parts regions that reach through doorways. A region's largest piece keeps its label, others get
 /// labels of their own; pieces below 1 m^2 stay with the neighbouring piece of their region.

@@ -129,10 +129,12 @@ Rooms findRooms(const GridMap& map, const Settings& settings, std::shared_ptr<De
     result.unreached = resampling.maskToMap(labels == kLine, working.ownValues());
     result.unreached_pixels = cv::countNonZero(result.unreached);
     rename(labels, successorsOf(regions));
+    const std::vector<LinkingDoorway> doorways =
+        linkingDoorways(labels, space.floor, space.doorways);
     if (settings.rooms.straight_borders) straightenBorders(labels, cuts);
     const bool same_pixels = resampling.isIdentity();
     fillRecords({same_pixels ? labels : resampling.labelsToMap(labels, working.ownValues()),
-                 regions.table.graph, cuts, islands,
+                 regions.table.graph, cuts, doorways, islands,
                  same_pixels ? 1.0 : kWorkingResolution / map.resolution},
                 result);
     return result;

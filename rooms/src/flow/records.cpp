@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <limits>
 #include <map>
+#include <tuple>
 #include <vector>
 
 #include "flow/separators.h"
@@ -142,6 +143,25 @@ void addBorders(const FoundRooms& found, const Numbering& numbering, const Place
     }
 }
 
+void addDoorways(const FoundRooms& found, const Numbering& numbering, const Places& places,
+                 Rooms& rooms) {
+    for (const auto& [doorway, between] : found.doorways) {
+        const Edge renamed(numbering.ofLabel(between.first), numbering.ofLabel(between.second));
+        if (renamed.first == 0) continue;
+        const cv::Point2d first(doorway.first_jamb);
+        const cv::Point2d second(doorway.second_jamb);
+        rooms.doorways.push_back(
+            {renamed.first, renamed.second, places.atWorkingPixel((first + second) / 2.0),
+             places.atWorkingPixel(first), places.atWorkingPixel(second),
+             doorway.width * kWorkingResolution,
+             static_cast<double>(doorway.wall) / (doorway.wall + doorway.width)});
+    }
+    std::stable_sort(rooms.doorways.begin(), rooms.doorways.end(),
+                     [](const Doorway& a, const Doorway& b) {
+                         return std::tie(a.first, a.second) < std::tie(b.first, b.second);
+                     });
+}
+
 }  // namespace
 
 void fillRecords(const FoundRooms& found, Rooms& rooms) {
@@ -152,6 +172,7 @@ void fillRecords(const FoundRooms& found, Rooms& rooms) {
     const Places places(rooms, found.scale);
     addRooms(numbering, widest, places, rooms);
     addBorders(found, numbering, places, rooms);
+    addDoorways(found, numbering, places, rooms);
     for (const RemovedIsland& island : found.islands) {
         rooms.islands.push_back({island.area, places.atWorkingPixel(island.position)});
     }

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "doorways/find_doorways.h"
 #include "flow/cuts.h"
 #include "flow/islands.h"
 #include "vorund/rooms/rooms.h"
@@ -13,6 +14,7 @@ struct FoundRooms {
     cv::Mat labels;                      ///< `CV_32SC1`, 0 = no room; becomes the result.
     Graph graph;                         ///< After merging, at the working resolution.
     Cuts cuts;                           ///< In pixels of the working resolution.
+    std::vector<LinkingDoorway> doorways;  ///< In pixels of the working resolution.
     std::vector<RemovedIsland> islands;  ///< In pixels of the working resolution.
     double scale;                        ///< Pixels of the map per working pixel.
 };

@@ -49,8 +49,8 @@ struct FlowObserver {
     std::function<void(const std::string& name, const cv::Mat& picture)> picture;
 };
 
-/// From a robot's map to its rooms: clutter taken out, `doSegment`, the borders between its
-/// regions, islands removed, regions joined across passages that are no doorways, a straight cut
+/// From a robot's map to its rooms: clutter taken out, `doSegment`, its regions parted at doorways,
+/// the borders between them, islands removed, regions joined across passages that are no doorways, a straight cut
 /// for every border left.
 ///
 /// A map with more regions than the core's 8-bit labels hold, or with 4 million pixels or more at

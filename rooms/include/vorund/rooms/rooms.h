@@ -46,6 +46,20 @@ struct Border {
     std::optional<Door> door;  ///< None if no straight cut of the two rooms was found.
 };
 
+/// A gap in a wall that leads from one room to another. Two rooms may have several.
+struct Doorway {
+    int first;  ///< The smaller of the two rooms' labels.
+    int second;
+    Place center;
+    Place start;  ///< At one jamb.
+    Place end;    ///< At the other.
+    double width_m;
+    /// The part that is wall of the line through the doorway, from 3 m before to 3 m behind it, where
+    /// floor lies on both sides: 0.33 to 1. Near 1 it is a gap in a long wall; furniture that stands
+    /// like a wall makes short ones.
+    double certainty;
+};
+
 /// Rooms that nothing joins to the rest of the map and that are too small to be kept.
 struct Island {
     double area_m2;
@@ -64,6 +78,8 @@ struct VORUND_EXPORT Rooms {
 
     std::vector<Room> rooms;      ///< By label: the room of label n is rooms[n - 1].
     std::vector<Border> borders;  ///< By first, then second label.
+    /// By first, then second label, then from the narrowest on; none with `merging: passes`.
+    std::vector<Doorway> doorways;
     std::vector<Island> islands;  ///< What was removed, in the order of their smallest labels.
     std::int64_t unreached_pixels = 0;
     int blocks = 1;  ///< In how many parts the map was segmented.
