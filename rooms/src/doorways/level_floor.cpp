@@ -12,8 +12,10 @@ namespace {
 /// Half degrees to a right angle.
 constexpr int kBins = 180;
 
-/// Edges are smoothed over 0.25 m, since walls of a mapped building are ragged. [pixels]
-constexpr int kSmoothing = 5;
+/// Directions are taken from every second pixel of every second row, which is a quarter of the work,
+/// and edges are smoothed over 0.3 m, since walls of a mapped building are ragged. [pixels of that]
+constexpr double kScale = 0.5;
+constexpr int kSmoothing = 3;
 
 /// Half width of the triangle that the histogram is smoothed with. [half degrees]
 constexpr int kSpread = 4;
@@ -50,19 +52,21 @@ int binOf(int x, int y) {
 
 /// Weighted by the squared gradient.
 Histogram edgeDirections(const cv::Mat& floor) {
-    cv::Mat ones;
+    if (std::min(floor.rows, floor.cols) < 2) return {};
+    cv::Mat small;
     cv::Mat smooth;
     cv::Mat dx;
     cv::Mat dy;
-    cv::bitwise_and(floor, cv::Scalar(1), ones);
-    cv::boxFilter(ones, smooth, CV_8U, {kSmoothing, kSmoothing}, {-1, -1}, false);
+    cv::resize(floor, small, {}, kScale, kScale, cv::INTER_NEAREST);
+    small &= 1;
+    cv::boxFilter(small, smooth, CV_8U, {kSmoothing, kSmoothing}, {-1, -1}, false);
     cv::Sobel(smooth, dx, CV_16S, 1, 0);
     cv::Sobel(smooth, dy, CV_16S, 0, 1);
     Histogram histogram{};
-    for (int row = 0; row < floor.rows; ++row) {
+    for (int row = 0; row < small.rows; ++row) {
         const auto* const x = dx.ptr<std::int16_t>(row);
         const auto* const y = dy.ptr<std::int16_t>(row);
-        for (int col = 0; col < floor.cols; ++col) {
+        for (int col = 0; col < small.cols; ++col) {
             if (x[col] == 0 && y[col] == 0) continue;
             histogram[static_cast<std::size_t>(binOf(x[col], y[col]))] +=
                 x[col] * x[col] + y[col] * y[col];
