@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include "reference/room_graph.h"
+
 namespace vorund::reference {
 namespace {
 
@@ -16,8 +18,7 @@ using GraphProcessor::OptimalLine;
 /// The search around one border.
 class CutSearch {
  public:
-    CutSearch(const cv::Mat& segments, const Edge& rooms, int line)
-        : segments_(segments), rooms_(rooms), line_(line) {}
+    CutSearch(const cv::Mat& segments, const Edge& rooms) : segments_(segments), rooms_(rooms) {}
 
     /// The best line through the point; false if there is none.
     bool best(const cv::Point2f& center, OptimalLine& best) const {
@@ -45,11 +46,11 @@ class CutSearch {
                               static_cast<int>(std::round(point.y)));
         const bool inside =
             pixel.x >= 0 && pixel.y >= 0 && pixel.x < segments_.cols && pixel.y < segments_.rows;
-        return inside ? segments_.at<std::uint8_t>(pixel) : -1;
+        return inside ? segments_.at<int>(pixel) : -1;
     }
 
     bool isOpen(int value) const {
-        return value == rooms_.first || value == rooms_.second || value == line_;
+        return value == rooms_.first || value == rooms_.second || value == kLine;
     }
 
     bool isEnd(const cv::Point2f& point) const {
@@ -68,7 +69,6 @@ class CutSearch {
 
     cv::Mat segments_;
     Edge rooms_;
-    int line_;
 };
 
 struct Sums {
@@ -78,31 +78,17 @@ struct Sums {
 };
 
 /// The border pixels of each id.
-std::vector<Sums> sumsOf(const cv::Mat& borders) {
-    std::vector<Sums> sums(256);
+std::map<int, Sums> sumsOf(const cv::Mat& borders) {
+    std::map<int, Sums> sums;
     for (int row = 0; row < borders.rows; ++row) {
         for (int col = 0; col < borders.cols; ++col) {
-            Sums& sum = sums[borders.at<std::uint8_t>(row, col)];
+            Sums& sum = sums[borders.at<int>(row, col)];
             ++sum.count;
             sum.x += col;
             sum.y += row;
         }
     }
     return sums;
-}
-
-/// The pixels of a straight line, in steps to one of four neighbours.
-std::vector<cv::Point> pixelsOf(const cv::Point& from, const cv::Point& to) {
-    const cv::Point size(std::abs(to.x - from.x), std::abs(to.y - from.y));
-    const cv::Point step(to.x > from.x ? 1 : -1, to.y > from.y ? 1 : -1);
-    std::vector<cv::Point> pixels{from};
-    cv::Point done(0, 0);
-    while (done != size) {
-        const bool along_x = (1 + 2 * done.x) * size.y < (1 + 2 * done.y) * size.x;
-        done += along_x ? cv::Point(1, 0) : cv::Point(0, 1);
-        pixels.push_back(from + cv::Point(done.x * step.x, done.y * step.y));
-    }
-    return pixels;
 }
 
 cv::Point rounded(const cv::Point2f& point) {
@@ -114,7 +100,7 @@ std::pair<cv::Mat, int> piecesOf(const cv::Mat& labels, const Edge& rooms,
                                  const OptimalLine& line) {
     cv::Mat sides = (labels == rooms.first) | (labels == rooms.second);
     const cv::Rect whole({0, 0}, labels.size());
-    for (const cv::Point& pixel : pixelsOf(rounded(line.start), rounded(line.end))) {
+    for (const cv::Point& pixel : pixelsBetween(rounded(line.start), rounded(line.end))) {
         if (whole.contains(pixel)) sides.at<std::uint8_t>(pixel) = 0;
     }
     cv::Mat pieces;
@@ -155,23 +141,30 @@ bool bothKeepMost(const Shares& shares) {
 
 }  // namespace
 
+std::vector<cv::Point> pixelsBetween(const cv::Point& from, const cv::Point& to) {
+    const cv::Point size(std::abs(to.x - from.x), std::abs(to.y - from.y));
+    const cv::Point step(to.x > from.x ? 1 : -1, to.y > from.y ? 1 : -1);
+    std::vector<cv::Point> pixels{from};
+    cv::Point done(0, 0);
+    while (done != size) {
+        const bool along_x = (1 + 2 * done.x) * size.y < (1 + 2 * done.y) * size.x;
+        done += along_x ? cv::Point(1, 0) : cv::Point(0, 1);
+        pixels.push_back(from + cv::Point(done.x * step.x, done.y * step.y));
+    }
+    return pixels;
+}
+
 PlainCuts cutsOf(const MergeState& rooms) {
-    cv::Mat segments;
-    cv::Mat borders;
-    rooms.segments.convertTo(segments, CV_8U);
-    rooms.borders.convertTo(borders, CV_8U);
-    double line = 0.0;
-    cv::minMaxLoc(segments, nullptr, &line);
-    const std::vector<Sums> sums = sumsOf(borders);
+    std::map<int, Sums> sums = sumsOf(rooms.borders);
     PlainCuts cuts;
     for (const auto& [edge, id] : rooms.border_ids) {
-        const Sums& pixels = sums.at(static_cast<std::size_t>(id));
+        const Sums& pixels = sums[id];
         if (pixels.count < 3) continue;
         const auto count = static_cast<double>(pixels.count);
         const cv::Point2f center(static_cast<float>(static_cast<double>(pixels.x) / count),
                                  static_cast<float>(static_cast<double>(pixels.y) / count));
         OptimalLine best{};
-        if (CutSearch(segments, edge, static_cast<int>(line)).best(center, best)) {
+        if (CutSearch(rooms.segments, edge).best(center, best)) {
             cuts.emplace(edge, best);
         }
     }

@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "reference/clutter.h"
+#include "reference/doorways.h"
 #include "reference/floorplan_segmenter.h"
 #include "reference/open_passages.h"
 #include "reference/records.h"
@@ -53,17 +54,24 @@ cv::Mat cleanedMap(const cv::Mat& map, const rooms::Settings& settings) {
 
 PlainRooms findRooms(const cv::Mat& map, const rooms::Settings& settings) {
     const cv::Mat cleaned = cleanedMap(map, settings);
+    const bool by_passages = settings.rooms.merging == "passages";
+    const cv::Mat floor = cleaned <= thresholdOf(settings.core);
+    std::vector<PlainDoorway> doorways;
+    if (by_passages && settings.rooms.doorways) doorways = findDoorways(floor, settings.rooms);
     PlainRooms rooms;
     rooms.segmented = segmentInRim(cleaned, settings.core);
-    rooms.merged = roomGraph(separated(rooms.segmented));
-    if (settings.rooms.merging == "passages") {
+    cv::Mat regions;
+    rooms.segmented.convertTo(regions, CV_32S);
+    splitAtDoorways(regions, floor, doorways);
+    rooms.merged = roomGraph(separated(regions));
+    if (by_passages) {
         rooms.islands = removeIslands(rooms.merged, settings.rooms.least_area, 0.0, true);
-        mergeOpenPassages(rooms.merged, cleaned <= thresholdOf(settings.core), settings.rooms);
+        mergeOpenPassages(rooms.merged, floor, doorways, settings.rooms);
     } else {
         mergeByPasses(rooms, settings.core);
     }
     rooms.cuts = cutsOf(rooms.merged);
-    rooms.labels = withLinePixels(rooms.segmented, rooms.merged.segments);
+    rooms.labels = withLinePixels(regions, rooms.merged.segments);
     if (settings.rooms.straight_borders) straightenBorders(rooms.labels, rooms.cuts);
     rooms.numbers = numberInPlace(rooms.labels);
     return rooms;

@@ -13,10 +13,10 @@ namespace vorund::reference {
 
 struct PlainRooms {
     cv::Mat segmented;  ///< `CV_8UC1`: the label image of the pipeline.
-    MergeState merged;  ///< After islands and merging, with the pipeline's labels.
+    MergeState merged;  ///< After islands and merging, with the regions' labels.
     std::vector<PlainIsland> islands;
     PlainCuts cuts;
-    std::map<int, int> numbers;  ///< The pipeline's label -> 1, 2, ... in reading order; 0 -> 0.
+    std::map<int, int> numbers;  ///< A region's label -> 1, 2, ... in reading order; 0 -> 0.
     cv::Mat labels;              ///< `CV_32SC1`: the rooms by those numbers.
 };
 

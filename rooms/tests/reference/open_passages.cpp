@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <utility>
 
 namespace vorund::reference {
 namespace {
@@ -13,13 +14,44 @@ namespace {
 constexpr double kResolution = 0.05;
 constexpr double kMargin = 1e-9;
 
+/// What widths are measured on.
+struct Space {
+    cv::Mat distances;                         ///< To walls and doorways, squared. [pixels^2]
+    std::map<std::pair<int, int>, int> doors;  ///< By row and column of their pixels, and of those
+                                               ///< beside: half a door's width, squared.
+};
+
 /// How wide things are at present.
 struct Widths {
     std::map<int, int> of_room;    ///< Squared clearances. [pixels^2]
     std::map<int, int> of_border;  ///< By id.
+    std::map<int, int> of_doors;   ///< Of the widest doorway on a border, by id; not of all ids.
+
+    int widest(int id) const {
+        const auto door = of_doors.find(id);
+        return std::max(of_border.at(id), door == of_doors.end() ? 0 : door->second);
+    }
 };
 
-Widths widthsOf(const MergeState& rooms, const cv::Mat& distances) {
+Space spaceOf(const MergeState& rooms, const cv::Mat& floor,
+              const std::vector<PlainDoorway>& doorways) {
+    Space space;
+    cv::Mat open = (rooms.segments != 0) & (floor != 0);
+    for (const PlainDoorway& doorway : doorways) {
+        for (const cv::Point& pixel : floorIn(doorway, floor)) {
+            open.at<std::uint8_t>(pixel) = 0;
+            for (const cv::Point& step : {cv::Point(0, 0), {0, -1}, {-1, 0}, {1, 0}, {0, 1}}) {
+                int& door = space.doors[{pixel.y + step.y, pixel.x + step.x}];
+                door = std::max(door, doorway.width * doorway.width / 4);
+            }
+        }
+    }
+    space.distances = squaredDistances(open);
+    return space;
+}
+
+Widths widthsOf(const MergeState& rooms, const Space& space) {
+    const cv::Mat& distances = space.distances;
     Widths widths;
     for (int row = 0; row < distances.rows; ++row) {
         for (int col = 0; col < distances.cols; ++col) {
@@ -29,6 +61,12 @@ Widths widthsOf(const MergeState& rooms, const cv::Mat& distances) {
             int& border = widths.of_border[rooms.borders.at<int>(row, col)];
             border = std::max(border, distance);
         }
+    }
+    for (const auto& [place, width] : space.doors) {
+        const cv::Point pixel(place.second, place.first);
+        if (!cv::Rect({0, 0}, rooms.borders.size()).contains(pixel)) continue;
+        int& door = widths.of_doors[rooms.borders.at<int>(pixel)];
+        door = std::max(door, width);
     }
     return widths;
 }
@@ -76,9 +114,9 @@ void join(MergeState& rooms, int a, int b) {
 
 using IsSmall = std::function<bool(double area, double width)>;
 
-void absorb(MergeState& rooms, const cv::Mat& distances, const IsSmall& is_small) {
+void absorb(MergeState& rooms, const Space& space, const IsSmall& is_small) {
     while (true) {
-        const Widths widths = widthsOf(rooms, distances);
+        const Widths widths = widthsOf(rooms, space);
         std::optional<int> smallest;
         for (const auto& [label, data] : rooms.graph.nodes) {
             const double area = static_cast<double>(pixelsOf(rooms, label)) / 400.0;
@@ -90,7 +128,7 @@ void absorb(MergeState& rooms, const cv::Mat& distances, const IsSmall& is_small
         int widest = -1;
         std::optional<int> neighbour;
         for (const int other : rooms.graph.adjacency.at(*smallest)) {
-            const int width = widths.of_border.at(rooms.border_ids.at(Edge(*smallest, other)));
+            const int width = widths.widest(rooms.border_ids.at(Edge(*smallest, other)));
             if (width <= widest) continue;
             widest = width;
             neighbour = other;
@@ -105,9 +143,9 @@ bool isOpen(int passage, int room, const rooms::RoomsConfig& config) {
     return metres(passage) > ratio * metres(room) + kMargin;
 }
 
-void joinOpen(MergeState& rooms, const cv::Mat& distances, const rooms::RoomsConfig& config) {
+void joinOpen(MergeState& rooms, const Space& space, const rooms::RoomsConfig& config) {
     while (true) {
-        const Widths widths = widthsOf(rooms, distances);
+        const Widths widths = widthsOf(rooms, space);
         std::optional<Edge> most_open;
         std::int64_t best_passage = 0;
         std::int64_t best_room = 1;
@@ -155,14 +193,15 @@ cv::Mat squaredDistances(const cv::Mat& floor) {
     return squared;
 }
 
-void mergeOpenPassages(MergeState& rooms, const cv::Mat& floor, const rooms::RoomsConfig& config) {
-    const cv::Mat distances = squaredDistances((rooms.segments != 0) & (floor != 0));
-    absorb(rooms, distances, [](double area, double width) {
+void mergeOpenPassages(MergeState& rooms, const cv::Mat& floor,
+                       const std::vector<PlainDoorway>& doorways,
+                       const rooms::RoomsConfig& config) {
+    const Space space = spaceOf(rooms, floor, doorways);
+    absorb(rooms, space, [](double area, double width) {
         return area < 1.0 || (area < 5.0 && width < 0.7 - kMargin);
     });
-    joinOpen(rooms, distances, config);
-    absorb(rooms, distances,
-           [&](double area, double) { return area < config.least_area - kMargin; });
+    joinOpen(rooms, space, config);
+    absorb(rooms, space, [&](double area, double) { return area < config.least_area - kMargin; });
 }
 
 }  // namespace vorund::reference

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <opencv2/core.hpp>
+#include <vector>
 
+#include "reference/doorways.h"
 #include "reference/merge_processor.h"
 #include "vorund/rooms/room_settings.h"
 
@@ -13,7 +15,9 @@ namespace vorund::reference {
 cv::Mat squaredDistances(const cv::Mat& floor);
 
 /// Looks at all pixels for the next two rooms to merge, every time anew.
-/// @param floor  `CV_8UC1`: 0 = wall.
-void mergeOpenPassages(MergeState& rooms, const cv::Mat& floor, const rooms::RoomsConfig& config);
+/// @param floor     `CV_8UC1`: 0 = wall.
+/// @param doorways  Shut; but small rooms leave through them.
+void mergeOpenPassages(MergeState& rooms, const cv::Mat& floor,
+                       const std::vector<PlainDoorway>& doorways, const rooms::RoomsConfig& config);
 
 }  // namespace vorund::reference

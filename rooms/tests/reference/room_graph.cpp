@@ -13,20 +13,18 @@ constexpr double kResolution = 0.05;
 constexpr double kMargin = 1e-9;  // For sums of areas in another order.
 
 /// The value at a pixel, 0 outside.
-template <class T>
 int valueAt(const cv::Mat& image, int row, int col) {
     const bool inside = row >= 0 && row < image.rows && col >= 0 && col < image.cols;
-    return inside ? image.at<T>(row, col) : 0;
+    return inside ? image.at<int>(row, col) : 0;
 }
 
 /// The values of the eight neighbours that are neither 0 nor the pixel's own.
-template <class T>
 std::set<int> valuesAround(const cv::Mat& image, int row, int col) {
-    const int own = image.at<T>(row, col);
+    const int own = image.at<int>(row, col);
     std::set<int> values;
     for (int r = row - 1; r <= row + 1; ++r) {
         for (int c = col - 1; c <= col + 1; ++c) {
-            const int value = valueAt<T>(image, r, c);
+            const int value = valueAt(image, r, c);
             if (value != 0 && value != own) values.insert(value);
         }
     }
@@ -40,19 +38,20 @@ struct Sums {
 };
 
 std::map<int, Sums> sumsOf(const cv::Mat& image) {
-    std::vector<Sums> sums(256);
+    double largest = 0.0;
+    cv::minMaxLoc(image, nullptr, &largest);
+    std::vector<Sums> sums(static_cast<std::size_t>(largest) + 1);
     for (int row = 0; row < image.rows; ++row) {
         for (int col = 0; col < image.cols; ++col) {
-            Sums& sum = sums[image.at<std::uint8_t>(row, col)];
+            Sums& sum = sums[static_cast<std::size_t>(image.at<int>(row, col))];
             ++sum.count;
             sum.x += col;
             sum.y += row;
         }
     }
     std::map<int, Sums> found;
-    for (int value = 0; value < 256; ++value) {
-        const Sums& sum = sums[static_cast<std::size_t>(value)];
-        if (sum.count > 0) found.emplace(value, sum);
+    for (std::size_t value = 0; value < sums.size(); ++value) {
+        if (sums[value].count > 0) found.emplace(static_cast<int>(value), sums[value]);
     }
     return found;
 }
@@ -93,7 +92,7 @@ cv::Point firstPixelOf(const cv::Mat& segments, const std::set<int>& labels) {
 }
 
 bool touchesAny(const cv::Mat& segments, int row, int col, const std::set<int>& labels) {
-    const std::set<int> around = valuesAround<int>(segments, row, col);
+    const std::set<int> around = valuesAround(segments, row, col);
     return std::any_of(around.begin(), around.end(),
                        [&](int value) { return labels.count(value) > 0; });
 }
@@ -123,14 +122,14 @@ void erase(MergeState& rooms, const std::set<int>& labels) {
     }
 }
 
-/// The smallest value but 0 among the four neighbours, or 255.
+/// The smallest room among the four neighbours, or 255.
 int smallestBeside(const cv::Mat& segmented, int row, int col) {
-    int smallest = kLine;
+    std::set<int> beside;
     for (const cv::Point& step : {cv::Point(0, -1), {-1, 0}, {1, 0}, {0, 1}}) {
-        const int label = valueAt<std::uint8_t>(segmented, row + step.y, col + step.x);
-        if (label != 0) smallest = std::min(smallest, label);
+        const int label = valueAt(segmented, row + step.y, col + step.x);
+        if (label != 0 && label != kLine) beside.insert(label);
     }
-    return smallest;
+    return beside.empty() ? kLine : *beside.begin();
 }
 
 }  // namespace
@@ -140,7 +139,7 @@ cv::Mat linesBetween(const cv::Mat& labels) {
     for (int row = 0; row < labels.rows; ++row) {
         for (int col = 0; col < labels.cols; ++col) {
             for (const cv::Point& step : {cv::Point(0, -1), {-1, 0}, {1, 0}, {0, 1}}) {
-                const int beside = valueAt<int>(labels, row + step.y, col + step.x);
+                const int beside = valueAt(labels, row + step.y, col + step.x);
                 if (beside == 0 || beside >= labels.at<int>(row, col)) continue;
                 lines.at<std::uint8_t>(row, col) = kLine;
             }
@@ -160,24 +159,24 @@ cv::Mat separated(const cv::Mat& segmented) {
 
 MergeState roomGraph(const cv::Mat& separated) {
     MergeState rooms;
-    cv::Mat borders = cv::Mat::zeros(separated.size(), CV_8UC1);
+    separated.convertTo(rooms.segments, CV_32S);
+    rooms.borders = cv::Mat::zeros(separated.size(), CV_32SC1);
     for (int row = 0; row < separated.rows; ++row) {
         for (int col = 0; col < separated.cols; ++col) {
-            if (separated.at<std::uint8_t>(row, col) != kLine) continue;
-            const std::set<int> around = valuesAround<std::uint8_t>(separated, row, col);
+            if (rooms.segments.at<int>(row, col) != kLine) continue;
+            const std::set<int> around = valuesAround(rooms.segments, row, col);
             if (around.size() != 2) continue;
             const Edge edge(*around.begin(), *around.rbegin());
             const int next = static_cast<int>(rooms.border_ids.size()) + 1;
-            const int id = rooms.border_ids.emplace(edge, next).first->second;
-            borders.at<std::uint8_t>(row, col) = static_cast<std::uint8_t>(id % 256);
+            rooms.borders.at<int>(row, col) = rooms.border_ids.emplace(edge, next).first->second;
         }
     }
-    for (const auto& [label, sums] : sumsOf(separated)) {
+    for (const auto& [label, sums] : sumsOf(rooms.segments)) {
         if (label == 0 || label == kLine) continue;
         rooms.graph.nodes[label] = nodeOf(sums);
         rooms.graph.adjacency[label] = {};
     }
-    const std::map<int, Sums> pixels = sumsOf(borders);
+    const std::map<int, Sums> pixels = sumsOf(rooms.borders);
     for (const auto& [edge, id] : rooms.border_ids) {
         const auto found = pixels.find(id);
         const auto count = found == pixels.end() ? 0 : found->second.count;
@@ -185,8 +184,6 @@ MergeState roomGraph(const cv::Mat& separated) {
         rooms.graph.adjacency[edge.first].insert(edge.second);
         rooms.graph.adjacency[edge.second].insert(edge.first);
     }
-    separated.convertTo(rooms.segments, CV_32S);
-    borders.convertTo(rooms.borders, CV_32S);
     return rooms;
 }
 
@@ -222,29 +219,31 @@ std::vector<PlainIsland> removeIslands(MergeState& rooms, double area_threshold,
 
 cv::Mat withLinePixels(const cv::Mat& segmented, const cv::Mat& merged) {
     constexpr int kUnknown = -1;
-    const cv::Mat lines = separated(segmented);
-    std::vector<int> successors(256, kUnknown);
-    std::vector<int> beside(256, kUnknown);
-    for (int row = 0; row < segmented.rows; ++row) {
-        for (int col = 0; col < segmented.cols; ++col) {
-            const std::size_t label = segmented.at<std::uint8_t>(row, col);
-            if (lines.at<std::uint8_t>(row, col) != kLine) {
-                successors[label] = merged.at<int>(row, col);
-            }
-            if (beside[label] == kUnknown) beside[label] = smallestBeside(segmented, row, col);
+    cv::Mat own;
+    segmented.convertTo(own, CV_32S);
+    const cv::Mat lines = separated(own);
+    int largest = kLine;
+    for (const int label : cv::Mat_<int>(own)) largest = std::max(largest, label);
+    std::vector<int> successors(static_cast<std::size_t>(largest) + 1, kUnknown);
+    std::vector<int> beside(successors.size(), kUnknown);
+    for (int row = 0; row < own.rows; ++row) {
+        for (int col = 0; col < own.cols; ++col) {
+            const auto label = static_cast<std::size_t>(own.at<int>(row, col));
+            if (lines.at<int>(row, col) != kLine) successors[label] = merged.at<int>(row, col);
+            if (beside[label] == kUnknown) beside[label] = smallestBeside(own, row, col);
         }
-    }
-    // A room that is nothing but line goes with the neighbour that made it one.
-    for (std::size_t label = 1; label < kLine; ++label) {
-        if (successors[label] != kUnknown || beside[label] == kUnknown) continue;
-        successors[label] = successors[static_cast<std::size_t>(beside[label])];
     }
     successors[0] = 0;
     successors[kLine] = 0;
+    // A room that is nothing but line goes with the neighbour that made it one.
+    for (std::size_t label = 1; label < successors.size(); ++label) {
+        if (successors[label] != kUnknown || beside[label] == kUnknown) continue;
+        successors[label] = successors[static_cast<std::size_t>(beside[label])];
+    }
     cv::Mat labels(merged.size(), CV_32SC1);
     for (int row = 0; row < labels.rows; ++row) {
         for (int col = 0; col < labels.cols; ++col) {
-            const int label = successors[segmented.at<std::uint8_t>(row, col)];
+            const int label = successors[static_cast<std::size_t>(own.at<int>(row, col))];
             labels.at<int>(row, col) = std::max(label, 0);
         }
     }

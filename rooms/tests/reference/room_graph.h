@@ -20,8 +20,8 @@ cv::Mat linesBetween(const cv::Mat& labels);
 /// @param segmented  `CV_8UC1` or `CV_32SC1`, 255 = unreached.
 cv::Mat separated(const cv::Mat& segmented);
 
-/// As `mergeState`, in two passes over the image instead of a search for every question, so that
-/// large maps can be asked for.
+/// As `mergeState` with labels and ids of any size, in two passes over the image instead of a
+/// search for every question, so that large maps can be asked for.
 MergeState roomGraph(const cv::Mat& separated);
 
 struct PlainIsland {
@@ -34,7 +34,7 @@ std::vector<PlainIsland> removeIslands(MergeState& rooms, double area_threshold,
                                        double part_of_map = 0.01, bool keep_one = false);
 
 /// The rooms without lines, `CV_32SC1`: every pixel goes to the room that its own has become.
-/// @param segmented  `CV_8UC1`, of the pipeline.
+/// @param segmented  Of the pipeline, `CV_8UC1` or `CV_32SC1`.
 /// @param merged     `CV_32SC1`, the same after islands and merging.
 cv::Mat withLinePixels(const cv::Mat& segmented, const cv::Mat& merged);
 
