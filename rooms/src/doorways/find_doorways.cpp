@@ -19,7 +19,8 @@ namespace {
 /// Doorways do not lie nearer to each other than half the narrower one, or this. [pixels]
 constexpr int kApart = 8;
 
-/// How far beside a gap the space is looked at: 1 m; the wall's own raggedness is left out. [pixels]
+/// How far beside a gap the space is looked at: 1 m; the wall's own raggedness is left out.
+/// [pixels]
 constexpr int kNearest = 2;
 constexpr int kFarthest = 20;
 
@@ -27,8 +28,8 @@ constexpr int kFarthest = 20;
 constexpr int kWiderPercent = 85;
 
 /// ... and if no wall of 0.3 m goes on beyond one of its ends, as in the corner of a room, it opens
-/// into something long: a corridor, a row of cubicles. Furniture against a wall makes such gaps, too.
-/// [pixels, %]
+/// into something long: a corridor, a row of cubicles. Furniture against a wall makes such gaps,
+/// too. [pixels, %]
 constexpr int kGoesOn = 6;
 constexpr int kLongerPercent = 20;
 
@@ -50,8 +51,7 @@ void addGaps(const LevelFloor& level, std::size_t turned, const RoomsConfig& con
         const auto toMap = [&](int along, int across) {
             return level.toMap(upright ? cv::Point(across, along) : cv::Point(along, across));
         };
-        cv::Mat floor = level.floor();
-        if (upright) cv::transpose(level.floor(), floor);
+        const cv::Mat floor = upright ? cv::Mat(level.floor().t()) : level.floor();
         for (const WallGap& gap : gapsInRows(floor, limits)) {
             const FoundDoorway doorway{toMap(gap.begin - 1, gap.row), toMap(gap.end, gap.row),
                                        gap.width(), gap.wall()};
@@ -71,7 +71,7 @@ bool comesFirst(const Candidate& a, const Candidate& b) {
 bool areNear(const FoundDoorway& a, const FoundDoorway& b) {
     const cv::Point doubled = a.first_jamb + a.second_jamb - b.first_jamb - b.second_jamb;
     const int apart = std::max(2 * kApart, std::min(a.width, b.width));
-    return doubled.dot(doubled) < apart * apart;
+    return doubled.ddot(doubled) < apart * apart;  // Of maps as long as 800 m no int holds it.
 }
 
 std::vector<Candidate> narrowestOfEachPlace(std::vector<Candidate> candidates) {
@@ -171,6 +171,7 @@ std::vector<LinkingDoorway> linkingDoorways(const cv::Mat& labels, const cv::Mat
 }
 
 std::vector<FoundDoorway> findDoorways(const cv::Mat& floor, const RoomsConfig& config) {
+    if (floor.empty()) return {};
     std::vector<LevelFloor> turned;
     std::vector<Candidate> candidates;
     for (const Direction& direction : wallDirections(floor)) {
