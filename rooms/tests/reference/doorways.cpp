@@ -122,17 +122,16 @@ struct View {
     cv::Mat floor;
     std::size_t turned;
     bool upright;
-    int half_degrees;
+    std::int64_t cosine;
+    std::int64_t sine;
     cv::Point center;
     cv::Point map_center;
 
     cv::Point toMap(int row, int col) const {
         const cv::Point pixel = upright ? cv::Point(row, col) : cv::Point(col, row);
-        if (half_degrees == 0) return pixel;
+        if (sine == 0) return pixel;
         const std::int64_t x = pixel.x - center.x;
         const std::int64_t y = pixel.y - center.y;
-        const std::int64_t cosine = cosineOf(half_degrees);
-        const std::int64_t sine = sineOf(half_degrees);
         const auto rounded = [](std::int64_t value) {
             const double pixels = static_cast<double>(value) / static_cast<double>(kOne);
             return static_cast<int>(std::floor(pixels + 0.5));
@@ -143,7 +142,13 @@ struct View {
 };
 
 View viewOf(const cv::Mat& floor, std::size_t turned, int half_degrees, bool upright) {
-    View view{floor.clone(), turned, upright, half_degrees, {}, {floor.cols / 2, floor.rows / 2}};
+    View view{floor.clone(),
+              turned,
+              upright,
+              cosineOf(half_degrees),
+              sineOf(half_degrees),
+              {},
+              {floor.cols / 2, floor.rows / 2}};
     if (half_degrees == 0) {
         if (upright) view.floor = floor.t();
         return view;
