@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "drawn_regions.h"
@@ -27,9 +28,10 @@ std::vector<int> nodesOf(const Regions& regions) {
     return nodes;
 }
 
-std::vector<int> merged(const DrawnRegions& drawn, const RoomsConfig& config = {}) {
+std::vector<int> merged(const DrawnRegions& drawn, const RoomsConfig& config = {},
+                        const std::vector<FoundDoorway>& doorways = {}) {
     Regions regions = drawn.regions();
-    mergeOpenPassages(regions, drawn.floor(), config);
+    mergeOpenPassages(regions, drawn.floor(), doorways, config);
     return nodesOf(regions);
 }
 
@@ -115,7 +117,7 @@ TEST(MergeOpenPassages, GivesASpeckToTheWidestPassage) {
     Regions regions = drawn.regions();
     const double area =
         regions.table.graph.getNodeData(2).area + regions.table.graph.getNodeData(9).area;
-    mergeOpenPassages(regions, drawn.floor(), {});
+    mergeOpenPassages(regions, drawn.floor(), {}, {});
     EXPECT_THAT(nodesOf(regions), ElementsAre(1, 2));
     EXPECT_NEAR(regions.table.graph.getNodeData(2).area, area, 1e-9);
 }
@@ -128,7 +130,7 @@ TEST(MergeOpenPassages, GivesASpeckBetweenEqualPassagesToTheSmallerLabel) {
     Regions regions = drawn.regions();
     const double area =
         regions.table.graph.getNodeData(3).area + regions.table.graph.getNodeData(9).area;
-    mergeOpenPassages(regions, drawn.floor(), {});
+    mergeOpenPassages(regions, drawn.floor(), {}, {});
     EXPECT_THAT(nodesOf(regions), ElementsAre(3, 6));
     EXPECT_NEAR(regions.table.graph.getNodeData(3).area, area, 1e-9);
 }
@@ -176,8 +178,48 @@ TEST(MergeOpenPassages, SeesAWallThatARegionHolds) {
     cv::Mat floor = drawn.floor();
     floor(cv::Rect(64, 34, 5, 1)).setTo(0);
     Regions regions = drawn.regions();
-    mergeOpenPassages(regions, floor, {});
+    mergeOpenPassages(regions, floor, {}, {});
     EXPECT_THAT(nodesOf(regions), ElementsAre(1, 2));
+}
+
+// The doorway fills the opening in the wall, which begins five pixels before the second room.
+
+FoundDoorway doorwayAt(const cv::Point& first_jamb, int width) {
+    return {first_jamb, first_jamb + cv::Point(0, width + 1), width, 40};
+}
+
+TEST(MergeOpenPassages, JoinsNothingThroughADoorway) {
+    // 19 of 30 are open; the doorway's pixels are the line between the two.
+    const DrawnRegions drawn = twoRooms(59, 37);
+    EXPECT_THAT(merged(drawn), ElementsAre(1));
+    EXPECT_THAT(merged(drawn, {}, {doorwayAt({66, 15}, 37)}), ElementsAre(1, 2));
+}
+
+TEST(MergeOpenPassages, JoinsThroughAnOpeningBesideADoorway) {
+    // Two openings in one wall; only the narrow one is a doorway.
+    DrawnRegions drawn(cv::Size(140, 130));
+    drawn.region(1, {4, 4, 59, 119}).region(2, {68, 4, 59, 119});
+    for (const auto& [top, height] : {std::make_pair(10, 17), std::make_pair(50, 61)}) {
+        drawn.region(1, {63, top, 3, height}).region(2, {67, top, 1, height});
+        drawn.line({66, top, 1, height});
+    }
+    EXPECT_THAT(merged(drawn, {}, {doorwayAt({66, 9}, 17)}), ElementsAre(1));
+    EXPECT_THAT(merged(drawn, {}, {doorwayAt({66, 9}, 17), doorwayAt({66, 49}, 61)}),
+                ElementsAre(1, 2));
+}
+
+TEST(MergeOpenPassages, LetsSmallRegionsLeaveThroughTheWidestPassageEvenIfItIsADoorway) {
+    // 9 has less than 400 pixels, an opening of 5 to the left and a doorway of 11 to the right.
+    DrawnRegions drawn(cv::Size(160, 70));
+    drawn.region(1, {4, 4, 59, 59}).region(2, {94, 4, 59, 59}).region(9, {69, 20, 13, 13});
+    drawn.region(9, {63, 25, 6, 5}).line({63, 25, 1, 5});
+    drawn.region(9, {82, 22, 12, 11}).line({93, 22, 1, 11});
+    Regions regions = drawn.regions();
+    const double area =
+        regions.table.graph.getNodeData(2).area + regions.table.graph.getNodeData(9).area;
+    mergeOpenPassages(regions, drawn.floor(), {doorwayAt({93, 21}, 11)}, {});
+    EXPECT_THAT(nodesOf(regions), ElementsAre(1, 2));
+    EXPECT_NEAR(regions.table.graph.getNodeData(2).area, area, 1e-9);
 }
 
 TEST(MergeOpenPassages, JoinsTheMostOpenPassageFirst) {

@@ -15,6 +15,7 @@
 #include "passages/merge_open_passages.h"
 #include "passages/region_table.h"
 #include "reference/clutter.h"
+#include "reference/doorways.h"
 #include "reference/find_rooms.h"
 #include "reference/open_passages.h"
 #include "support/consistency.h"
@@ -26,6 +27,7 @@ namespace vorund::rooms {
 namespace {
 
 using reference::MergeState;
+using reference::PlainDoorway;
 using test::MatEq;
 using test::RandomImages;
 
@@ -91,11 +93,37 @@ test::RegionMap regionMap(const Regions& regions) {
     return {whole.graph, whole.labels, whole.borders, whole.border_ids};
 }
 
+std::vector<FoundDoorway> asFound(const std::vector<PlainDoorway>& doorways) {
+    std::vector<FoundDoorway> found;
+    for (const PlainDoorway& doorway : doorways) {
+        found.push_back({doorway.first_jamb, doorway.second_jamb, doorway.width, doorway.wall});
+    }
+    return found;
+}
+
+/// Lines across the map, that may reach beyond it.
+std::vector<PlainDoorway> someDoorways(RandomImages& random, const cv::Size& size) {
+    const auto somewhere = [&] {
+        return cv::Point(random.below(size.width + 10) - 5, random.below(size.height + 10) - 5);
+    };
+    std::vector<PlainDoorway> doorways;
+    for (int i = random.below(5); i > 0; --i) {
+        const cv::Point first_jamb = somewhere();
+        doorways.push_back({first_jamb, somewhere(), 10 + random.below(40), 0});
+    }
+    return doorways;
+}
+
 /// Whether something is still to be merged; what its label has become is in the written images.
 void expectNothingLeftToMerge(const Regions& regions, const cv::Mat& floor,
+                              const std::vector<PlainDoorway>& doorways,
                               const RoomsConfig& config) {
     const RoomGraph whole = wholeRoomGraph(regions);
-    const cv::Mat distances = reference::squaredDistances((regions.labels != 0) & (floor != 0));
+    cv::Mat open = (regions.labels != 0) & (floor != 0);
+    for (const PlainDoorway& doorway : doorways) {
+        for (const cv::Point& pixel : floorIn(doorway, floor)) open.at<std::uint8_t>(pixel) = 0;
+    }
+    const cv::Mat distances = reference::squaredDistances(open);
     std::map<int, double> of_room;
     std::map<int, double> of_border;
     for (int row = 0; row < distances.rows; ++row) {
@@ -136,14 +164,15 @@ TEST_P(MergeOpenPassagesInNoise, GivesTheSameAsThePlainVersion) {
         cv::Mat floor = image != 0;
         if (seed % 2 == 0) floor &= random.bytes(image.size(), 200) != 0;
         const RoomsConfig config = someConfig(random);
+        const std::vector<PlainDoorway> doorways = someDoorways(random, image.size());
         MergeState plain = stateOf(regions);
         const auto before = plain.graph.nodes.size();
         const test::RegionTotals totals = test::regionTotals(regionMap(regions), kLine);
-        reference::mergeOpenPassages(plain, floor, config);
-        mergeOpenPassages(regions, floor, config);
+        reference::mergeOpenPassages(plain, floor, doorways, config);
+        mergeOpenPassages(regions, floor, asFound(doorways), config);
         expectSame(regions, plain);
         EXPECT_TRUE(test::isConsistent(regionMap(regions), kLine, totals));
-        expectNothingLeftToMerge(regions, floor, config);
+        expectNothingLeftToMerge(regions, floor, doorways, config);
         joined += plain.graph.nodes.size() < before ? 1 : 0;
         kept += plain.graph.edges.empty() ? 0 : 1;
     }
@@ -158,7 +187,7 @@ TEST_P(MergeOpenPassagesInNoise, GivesEveryLabelOneRoom) {
         cv::Mat image = patches(random, someLabels(random, 25, GetParam()));
         const cv::Mat before = image.clone();
         Regions regions = separate(image);
-        mergeOpenPassages(regions, image != 0, someConfig(random));
+        mergeOpenPassages(regions, image != 0, {}, someConfig(random));
         const LabelTable successors = successorsOf(regions);
         rename(image, successors);
         EXPECT_THAT(image != 0, MatEq(before != 0));
@@ -179,7 +208,7 @@ TEST_P(MergeOpenPassagesInNoise, GivesTheSameOnASecondRun) {
     std::vector<Regions> runs;
     for (int run = 0; run < 2; ++run) {
         runs.push_back(separate(image));
-        mergeOpenPassages(runs.back(), image != 0, {});
+        mergeOpenPassages(runs.back(), image != 0, {}, {});
     }
     EXPECT_THAT(runs[1].table.labels, MatEq(runs[0].table.labels));
     EXPECT_THAT(runs[1].table.borders, MatEq(runs[0].table.borders));
@@ -203,17 +232,19 @@ TEST_P(PlansByPassages, AreCleanedAndMergedAsByThePlainVersions) {
     cv::Mat segmented;
     reference::segmentInRim(cleaned, settings.core).convertTo(segmented, CV_32S);
     const cv::Mat floor = cleaned <= threshold;
+    const std::vector<PlainDoorway> doorways = reference::findDoorways(floor, settings.rooms);
+    reference::splitAtDoorways(segmented, floor, doorways);
     for (const double ratio : {0.3, 0.5, 0.7}) {
         SCOPED_TRACE(ratio);
         settings.rooms.open_ratio = ratio;
         Regions regions = separate(segmented);
         MergeState plain = stateOf(regions);
         const test::RegionTotals totals = test::regionTotals(regionMap(regions), kLine);
-        reference::mergeOpenPassages(plain, floor, settings.rooms);
-        mergeOpenPassages(regions, floor, settings.rooms);
+        reference::mergeOpenPassages(plain, floor, doorways, settings.rooms);
+        mergeOpenPassages(regions, floor, asFound(doorways), settings.rooms);
         expectSame(regions, plain);
         EXPECT_TRUE(test::isConsistent(regionMap(regions), kLine, totals));
-        expectNothingLeftToMerge(regions, floor, settings.rooms);
+        expectNothingLeftToMerge(regions, floor, doorways, settings.rooms);
     }
 }
 

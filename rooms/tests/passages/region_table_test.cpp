@@ -25,7 +25,7 @@ constexpr double kPixel = 0.05 * 0.05;  // [m^2]
 
 /// The table of a drawn grid in which all that has a label is floor.
 RegionTable tableOf(const cv::Mat& separated) {
-    return {regionsOf(separated.clone()), separated != 0};
+    return {regionsOf(separated.clone()), separated != 0, {}};
 }
 
 std::vector<int> labelsOf(const RegionTable& table) {
@@ -78,11 +78,11 @@ TEST(RegionTable, TakesWallWithinARegionForWall) {
         "3 3 3 3 3\n"
         "3 3 3 3 3");
     cv::Mat floor = separated != 0;
-    EXPECT_EQ(RegionTable(regionsOf(separated.clone()), floor).regions().at(3).clearance, 9);
+    EXPECT_EQ(RegionTable(regionsOf(separated.clone()), floor, {}).regions().at(3).clearance, 9);
     floor.at<std::uint8_t>(2, 2) = 0;
     // One pixel down and one aside of the middle.
-    EXPECT_EQ(RegionTable(regionsOf(separated.clone()), floor).regions().at(3).clearance, 2);
-    EXPECT_EQ(RegionTable(regionsOf(separated.clone()), cv::Mat::zeros(5, 5, CV_8UC1))
+    EXPECT_EQ(RegionTable(regionsOf(separated.clone()), floor, {}).regions().at(3).clearance, 2);
+    EXPECT_EQ(RegionTable(regionsOf(separated.clone()), cv::Mat::zeros(5, 5, CV_8UC1), {})
                   .regions()
                   .at(3)
                   .clearance,
@@ -110,6 +110,41 @@ TEST(RegionTable, IgnoresJunctionsForPassages) {
     EXPECT_DOUBLE_EQ(table.regions().at(1).passages.at(2).length, 2 * 0.05);
     EXPECT_DOUBLE_EQ(table.regions().at(1).passages.at(3).length, 2 * 0.05);
     EXPECT_DOUBLE_EQ(table.regions().at(2).passages.at(3).length, 2 * 0.05);
+}
+
+TEST(RegionTable, ShutsDoorwaysWhileItMeasures) {
+    const cv::Mat grid = labels32(
+        "1 1 1 255 2 2 2\n"
+        "1 1 1 255 2 2 2\n"
+        "1 1 1 255 2 2 2\n"
+        "1 1 1 255 2 2 2\n"
+        "1 1 1 255 2 2 2");
+    const FoundDoorway doorway{{3, -1}, {3, 5}, 5, 40};
+    const RegionTable open(regionsOf(grid.clone()), grid != 0, {});
+    EXPECT_EQ(open.regions().at(1).clearance, 9) << "the third pixel of the middle row";
+    EXPECT_EQ(open.regions().at(1).passages.at(2).clearance, 9);
+    EXPECT_EQ(open.regions().at(1).passages.at(2).doorway, 0);
+    const RegionTable shut(regionsOf(grid.clone()), grid != 0, {doorway});
+    EXPECT_EQ(shut.regions().at(1).clearance, 4) << "the second pixel of the middle row";
+    for (const Passage& passage :
+         {shut.regions().at(1).passages.at(2), shut.regions().at(2).passages.at(1)}) {
+        EXPECT_EQ(passage.clearance, 0);
+        EXPECT_EQ(passage.doorway, 6) << "half of five, squared, in whole pixels";
+        EXPECT_EQ(passage.widest(), 6);
+    }
+}
+
+TEST(RegionTable, KnowsTheWidestDoorwayToANeighbourAsRegionsAreJoined) {
+    const cv::Mat grid = labels32(
+        "1 1 255 2 2\n"
+        "255 255 255 255 255\n"
+        "3 3 3 3 3");
+    const std::vector<FoundDoorway> doorways{{{-1, 1}, {2, 1}, 8, 40}, {{2, 1}, {5, 1}, 12, 40}};
+    RegionTable table(regionsOf(grid.clone()), grid != 0, doorways);
+    EXPECT_EQ(table.regions().at(1).passages.at(3).doorway, 16);
+    EXPECT_EQ(table.regions().at(2).passages.at(3).doorway, 36);
+    table.merge(1, 2);
+    EXPECT_EQ(table.regions().at(3).passages.at(1).doorway, 36);
 }
 
 TEST(RegionTable, KeepsTheLabelOfTheLarger) {
@@ -189,7 +224,7 @@ TEST(RegionTable, AppliesToGraphIdsLabelsAndBorders) {
         "3 3 3 3 3 3 3 3 3\n"
         "3 3 3 3 3 3 3 3 3");
     Regions regions = regionsOf(grid.clone());
-    RegionTable table(regions, grid != 0);
+    RegionTable table(regions, grid != 0, {});
     table.merge(1, 2);
     table.apply(regions);
     const Graph& graph = regions.table.graph;
@@ -221,7 +256,7 @@ TEST(RegionTable, PutsAJoinedRegionAtTheCentreOfBoth) {
     Regions regions = regionsOf(grid.clone());
     ASSERT_EQ(regions.table.graph.getNodeData(1).position, cv::Point(1, 1));
     ASSERT_EQ(regions.table.graph.getNodeData(2).position, cv::Point(4, 1));
-    RegionTable table(regions, grid != 0);
+    RegionTable table(regions, grid != 0, {});
     table.merge(1, 2);
     table.apply(regions);
     EXPECT_EQ(regions.table.graph.getNodeData(1).position, cv::Point(2, 1));
@@ -235,7 +270,7 @@ TEST(RegionTable, LeavesAllAsItIsWithoutAMerge) {
     Regions regions = regionsOf(grid.clone());
     const RoomGraph before{regions.table.labels.clone(), regions.table.borders.clone(),
                            regions.table.border_ids, regions.table.graph};
-    RegionTable(regions, grid != 0).apply(regions);
+    RegionTable(regions, grid != 0, {}).apply(regions);
     EXPECT_THAT(regions.table.labels, MatEq(before.labels));
     EXPECT_THAT(regions.table.borders, MatEq(before.borders));
     EXPECT_EQ(regions.table.border_ids, before.border_ids);
