@@ -139,7 +139,7 @@ TEST(RegionTable, KnowsTheWidestDoorwayToANeighbourAsRegionsAreJoined) {
         "1 1 255 2 2\n"
         "255 255 255 255 255\n"
         "3 3 3 3 3");
-    const std::vector<FoundDoorway> doorways{{{-1, 1}, {2, 1}, 8, 40}, {{2, 1}, {5, 1}, 12, 40}};
+    const std::vector<FoundDoorway> doorways{{{-1, 1}, {1, 1}, 8, 40}, {{3, 1}, {5, 1}, 12, 40}};
     RegionTable table(regionsOf(grid.clone()), grid != 0, doorways);
     EXPECT_EQ(table.regions().at(1).passages.at(3).doorway, 16);
     EXPECT_EQ(table.regions().at(2).passages.at(3).doorway, 36);
