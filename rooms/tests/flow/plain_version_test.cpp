@@ -167,6 +167,7 @@ TEST_F(PlainFlow, MergesTheSameRoomsByPassages) {
             Settings settings;
             settings.rooms.open_ratio = ratio;
             settings.rooms.narrow_ratio = ratio;
+            settings.rooms.doorways = ratio > 0.0;  // They are no open passages at any ratio.
             settings.rooms.clear_clutter = clear_clutter;
             Told told;
             const Rooms rooms = find(map, settings, observerOf(told));
