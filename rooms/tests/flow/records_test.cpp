@@ -33,7 +33,7 @@ void expectNear(const cv::Point2d& actual, const cv::Point2d& expected) {
 
 /// Rooms with the core's labels, and a graph that has them as nodes.
 FoundRooms found(const std::string& grid, const std::vector<Edge>& edges = {}) {
-    FoundRooms rooms{labels32(grid), {}, {}, {}, 1.0};
+    FoundRooms rooms{labels32(grid), {}, {}, {}, {}, 1.0};
     for (const int label : cv::Mat_<std::int32_t>(rooms.labels)) {
         if (label != 0) rooms.graph.addNode(label, {1.0, {0, 0}});
     }
@@ -106,7 +106,7 @@ TEST(FillRecords, AgreesWithThePlainVersions) {
         random.patches(size, 1 + random.below(20), 0).convertTo(labels, CV_32S, 1000.0);
         cv::Mat numbered = labels.clone();
         reference::numberInPlace(numbered);
-        const Rooms rooms = filled({labels, {}, {}, {}, 1.0});
+        const Rooms rooms = filled({labels, {}, {}, {}, {}, 1.0});
         ASSERT_THAT(rooms.labels, MatEq(numbered));
         EXPECT_THAT(rooms.lines, MatEq(reference::linesBetween(rooms.labels)));
         const auto widest = reference::widestPixels(rooms.labels);
