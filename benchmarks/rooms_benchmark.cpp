@@ -113,7 +113,7 @@ Work records(int side, Kind kind) {
         [=] {
             rooms::rename(*labels, rooms::successorsOf(regions));
             rooms::Rooms result;
-            rooms::fillRecords({*labels, regions.table.graph, found_cuts, islands, 1.0}, result);
+            rooms::fillRecords({*labels, regions.table.graph, found_cuts, {}, islands, 1.0}, result);
         },
         [=] { *labels = segmented.clone(); }};
 }

@@ -39,8 +39,9 @@ struct LinkingDoorway {
 std::vector<LinkingDoorway> linkingDoorways(const cv::Mat& labels, const cv::Mat& floor,
                                             const std::vector<FoundDoorway>& doorways);
 
-/// Parts regions that reach through doorways. A region's largest piece keeps its label, others get
-/// labels of their own; pieces below 1 m^2 stay with the neighbouring piece of their region.
+/// Parts regions that reach through a doorway with 1 m^2 or more on both sides, at all doorways in
+/// them. A region's largest piece keeps its label, others get labels of their own; pieces below 1 m^2
+/// stay with the neighbouring piece of their region.
 /// @param labels  `CV_32SC1`: 0 = no region, 255 = unreached; changed.
 void splitAtDoorways(cv::Mat& labels, const cv::Mat& floor,
                      const std::vector<FoundDoorway>& doorways);

@@ -35,23 +35,26 @@ class Sides {
 
     /// @param line  The doorway's pixels in the region.
     bool areLarge(const FoundDoorway& doorway, int label, const std::vector<cv::Point>& line) {
+        return isLarge(doorway, label, line, -1.0) && isLarge(doorway, label, line, 1.0);
+    }
+
+ private:
+    bool isLarge(const FoundDoorway& doorway, int label, const std::vector<cv::Point>& line,
+                 double side) {
         const cv::Point along = doorway.second_jamb - doorway.first_jamb;
-        bool first = false;
-        bool second = false;
+        bool found = false;
         for (const cv::Point& pixel : line) {
             for (const cv::Point& step : kSteps) {
                 const cv::Point beside = pixel + step;
-                const double side = along.cross(beside - doorway.first_jamb);
-                if (side < 0.0 && !first) first = isLarge(beside, label);
-                if (side > 0.0 && !second) second = isLarge(beside, label);
+                if (along.cross(beside - doorway.first_jamb) * side <= 0.0) continue;
+                found = found || isLarge(beside, label);
             }
         }
         for (const cv::Point& pixel : reached_) seen_.at<std::uint8_t>(pixel) = 0;
         reached_.clear();
-        return first && second;
+        return found;
     }
 
- private:
     /// Whether a piece has `kLeastPiece` pixels, unless it was looked at before.
     bool isLarge(const cv::Point& start, int label) {
         const std::size_t before = reached_.size();

@@ -55,18 +55,28 @@ int reflected(const cv::Mat& image, int row, int col) {
     return image.at<int>(within(row, image.rows), within(col, image.cols));
 }
 
-/// How much of the 25 pixels around each is floor.
-cv::Mat floorAround(const cv::Mat& floor) {
-    const cv::Mat ones = cv::Mat_<int>((floor != 0) / 255);
-    cv::Mat sums = cv::Mat::zeros(floor.size(), CV_32SC1);
-    for (int row = 0; row < floor.rows; ++row) {
-        for (int col = 0; col < floor.cols; ++col) {
+/// The sum of the 25 values around each.
+cv::Mat sumsAround(const cv::Mat& values) {
+    cv::Mat sums = cv::Mat::zeros(values.size(), CV_32SC1);
+    for (int row = 0; row < values.rows; ++row) {
+        for (int col = 0; col < values.cols; ++col) {
             for (int i = 0; i < 25; ++i) {
-                sums.at<int>(row, col) += reflected(ones, row + i / 5 - 2, col + i % 5 - 2);
+                sums.at<int>(row, col) += reflected(values, row + i / 5 - 2, col + i % 5 - 2);
             }
         }
     }
     return sums;
+}
+
+/// How much floor there is around every second pixel of every second row, near ones counted most.
+cv::Mat floorAround(const cv::Mat& floor) {
+    cv::Mat ones((floor.rows + 1) / 2, (floor.cols + 1) / 2, CV_32SC1);
+    for (int row = 0; row < ones.rows; ++row) {
+        for (int col = 0; col < ones.cols; ++col) {
+            ones.at<int>(row, col) = isFloor(floor, 2 * row, 2 * col) ? 1 : 0;
+        }
+    }
+    return sumsAround(sumsAround(ones));
 }
 
 /// Which half degree from the x axis, clockwise, modulo 90 degrees.
@@ -91,8 +101,8 @@ Histogram edgeDirections(const cv::Mat& floor) {
     const cv::Mat sums = floorAround(floor);
     std::map<std::pair<int, int>, std::size_t> known;
     Histogram sharp{};
-    for (int row = 0; row < floor.rows; ++row) {
-        for (int col = 0; col < floor.cols; ++col) {
+    for (int row = 0; row < sums.rows; ++row) {
+        for (int col = 0; col < sums.cols; ++col) {
             const auto at = [&](int down, int right) {
                 return reflected(sums, row + down, col + right);
             };
@@ -447,6 +457,29 @@ void split(cv::Mat& labels, int label, const cv::Mat& in_doorway, int& next_labe
     labels.setTo(label, region & (labels == 0));  // Other regions lie between it and the pieces.
 }
 
+/// Whether on either side of a doorway a large piece of the region lies beside it.
+bool parts(const PlainDoorway& doorway, const cv::Mat& floor, const cv::Mat& labels, int label,
+           const cv::Mat& in_doorway) {
+    const cv::Mat parted = (labels == label) & ~in_doorway;
+    const cv::Point along = doorway.second_jamb - doorway.first_jamb;
+    std::set<int> sides;
+    for (const std::vector<cv::Point>& piece : piecesOf(parted)) {
+        if (piece.size() < kLeastPiece) continue;
+        cv::Mat large = cv::Mat::zeros(labels.size(), CV_8UC1);
+        for (const cv::Point& pixel : piece) large.at<std::uint8_t>(pixel) = 255;
+        for (const cv::Point& pixel : floorIn(doorway, floor)) {
+            if (labels.at<int>(pixel) != label) continue;
+            for (const cv::Point& step : {cv::Point(0, 1), {0, -1}, {1, 0}, {-1, 0}}) {
+                const cv::Point beside = pixel + step;
+                if (!isFloor(large, beside.y, beside.x)) continue;
+                const double side = along.cross(beside - doorway.first_jamb);
+                if (side != 0.0) sides.insert(side < 0.0 ? -1 : 1);
+            }
+        }
+    }
+    return sides.size() == 2;
+}
+
 }  // namespace
 
 std::vector<int> wallDirections(const cv::Mat& floor) {
@@ -510,9 +543,14 @@ void splitAtDoorways(cv::Mat& labels, const cv::Mat& floor,
             crossed.insert(labels.at<int>(pixel));
         }
     }
+    std::set<int> parted;
     for (const int label : crossed) {
-        if (label != 0 && label != kLine) split(labels, label, in_doorway, next_label);
+        if (label == 0 || label == kLine) continue;
+        for (const PlainDoorway& doorway : doorways) {
+            if (parts(doorway, floor, labels, label, in_doorway)) parted.insert(label);
+        }
     }
+    for (const int label : parted) split(labels, label, in_doorway, next_label);
 }
 
 }  // namespace vorund::reference
