@@ -28,8 +28,9 @@ cv::Mat roomsWithDoor(int height) {
 }
 
 /// At these every door counts as open, and both rooms are one: nothing agrees.
-const std::vector<std::string> kTooCoarse{"--set", "rooms/narrow_ratio=0.15", "--set",
-                                          "rooms/open_ratio=0.15"};
+const std::vector<std::string> kTooCoarse{"--set", "rooms/narrow_ratio=0.15",
+                                          "--set", "rooms/open_ratio=0.15",
+                                          "--set", "rooms/doorways=false"};
 
 class Tune : public CliTest {
  protected:
