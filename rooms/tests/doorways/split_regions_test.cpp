@@ -34,6 +34,25 @@ std::set<int> labelsOf(const cv::Mat& labels) {
     return values;
 }
 
+/// Floor of two labels and a door between them.
+TEST(LinkingDoorways, NameTheRoomsOnBothSides) {
+    const cv::Mat floor = DrawnWalls(cv::Size(60, 40))
+                              .floor({5, 5, 24, 30})
+                              .floor({30, 5, 25, 30})
+                              .floor({29, 10, 1, 18})
+                              .floor();
+    cv::Mat labels = oneRegion(floor, 3);
+    labels.colRange(30, 60).setTo(8, floor.colRange(30, 60));
+    const FoundDoorway door = doorwayBetween({29, 9}, {29, 28});
+    const auto linking = linkingDoorways(labels, floor, {door});
+    ASSERT_THAT(linking, ::testing::SizeIs(1));
+    EXPECT_EQ(linking[0].rooms, Edge(3, 8));
+    EXPECT_THAT(linkingDoorways(oneRegion(floor), floor, {door}), ::testing::IsEmpty())
+        << "within a room it leads nowhere";
+    labels.colRange(30, 60).setTo(0);
+    EXPECT_THAT(linkingDoorways(labels, floor, {door}), ::testing::IsEmpty());
+}
+
 /// Rooms of 5 m by 3 m and 2.5 m by 3 m, and a door in the wall between them.
 cv::Mat twoRooms() {
     return DrawnWalls(cv::Size(180, 80))

@@ -81,6 +81,28 @@ TEST(FillRecords, MeasuresRooms) {
     EXPECT_EQ(rooms.rooms[1].box, cv::Rect(3, 2, 1, 1));
 }
 
+TEST(FillRecords, ListsDoorwaysByTheirRoomsInMetres) {
+    FoundRooms rooms = found("9 9 2 2\n"
+                             "9 4 4 2",
+                             {Edge(9, 2), Edge(9, 4), Edge(2, 4)});
+    const FoundDoorway narrow{{0, 0}, {2, 0}, 2, 6};
+    const FoundDoorway wide{{1, 0}, {1, 1}, 4, 2};
+    rooms.doorways = {{narrow, Edge(2, 4)}, {narrow, Edge(9, 2)}, {wide, Edge(9, 2)}};
+    const Rooms result = filled(rooms, 0.05, {10.0, 20.0, 0.0});
+    ASSERT_THAT(result.doorways, SizeIs(3));
+    // 9, 2 and 4 become 1, 2 and 3.
+    EXPECT_EQ(std::make_pair(result.doorways[0].first, result.doorways[0].second),
+              std::make_pair(1, 2));
+    EXPECT_NEAR(result.doorways[0].width_m, 0.1, kTiny);
+    EXPECT_NEAR(result.doorways[0].certainty, 0.75, kTiny) << "6 of 8 are wall";
+    EXPECT_EQ(result.doorways[0].start.pixel, cv::Point2d(0, 0));
+    EXPECT_EQ(result.doorways[0].end.pixel, cv::Point2d(2, 0));
+    expectNear(result.doorways[0].center.metres, {10.0 + 1.5 * 0.05, 20.0 + 1.5 * 0.05});
+    EXPECT_NEAR(result.doorways[1].width_m, 0.2, kTiny) << "the wider one between the same rooms";
+    EXPECT_EQ(std::make_pair(result.doorways[2].first, result.doorways[2].second),
+              std::make_pair(2, 3));
+}
+
 TEST(FillRecords, DrawsTheLinesOfTheNewNumbers) {
     // 9, 2 and 4 become 1, 2 and 3: the line is the greater number's.
     EXPECT_THAT(filled(found("9 9 2 2\n"
