@@ -74,7 +74,7 @@ class LiveSettings(world.Case):
         return client
 
     def test_rooms_are_found_anew_with_a_changed_setting(self):
-        self.start_node()
+        self.start_node("_rooms/doorways:=false")
         graphs = self.listen()
         self.publish(row_of_rooms(2))
         self.assertEqual(len(graphs.next().rooms), 2)
@@ -85,7 +85,7 @@ class LiveSettings(world.Case):
         self.assertEqual(len(graphs.next().rooms), 2)
 
     def test_live_values_start_from_those_of_the_parameters(self):
-        self.start_node("_rooms/narrow_ratio:=0.2", "_occupied_threshold:=44")
+        self.start_node("_rooms/narrow_ratio:=0.2", "_rooms/doorways:=false", "_occupied_threshold:=44")
         live = self.client().get_configuration(timeout=world.PATIENCE)
         self.assertEqual(live["narrow_ratio"], 0.2)
         self.assertEqual(live["occupied_threshold"], 44)

@@ -21,11 +21,11 @@ class Parameters(world.Case):
         return "_config:=" + str(path)
 
     def test_a_settings_file_counts(self):
-        path = self.settings("rooms: {narrow_ratio: 0.2}\n")
+        path = self.settings("rooms: {narrow_ratio: 0.2, doorways: false}\n")
         self.assertEqual(self.rooms_with(path), 1)
 
     def test_a_key_is_a_parameter_and_wins_over_the_file(self):
-        path = self.settings("rooms: {narrow_ratio: 0.2}\n")
+        path = self.settings("rooms: {narrow_ratio: 0.2, doorways: false}\n")
         self.assertEqual(self.rooms_with(path, "_rooms/narrow_ratio:=0.7"), 2)
 
     def test_a_settings_file_may_be_loaded_as_parameters(self):
@@ -35,6 +35,7 @@ class Parameters(world.Case):
         world.subprocess.run(["/usr/bin/rosparam", "load", str(default), self.space + "/vorund"],
                              check=True)
         rospy.set_param(self.space + "/vorund/rooms/narrow_ratio", 0.2)
+        rospy.set_param(self.space + "/vorund/rooms/doorways", False)
         self.publish(row_of_rooms(2))
         node = self.start_node()
         self.assertEqual(len(self.listen().next().rooms), 1)
