@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
-#include <map>
-#include <numeric>
+#include <tuple>
+#include <utility>
 
 #include "internal/runs.h"
 

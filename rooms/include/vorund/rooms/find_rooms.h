@@ -50,8 +50,8 @@ struct FlowObserver {
 };
 
 /// From a robot's map to its rooms: clutter taken out, `doSegment`, its regions parted at doorways,
-/// the borders between them, islands removed, regions joined across passages that are no doorways, a straight cut
-/// for every border left.
+/// the borders between them, islands removed, regions joined across passages that are no doorways, a
+/// straight cut for every border left.
 ///
 /// A map with more regions than the core's 8-bit labels hold, or with 4 million pixels or more at
 /// the working resolution, is segmented in blocks that overlap (`Rooms::blocks` tells how many).

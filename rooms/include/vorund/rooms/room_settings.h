@@ -31,7 +31,7 @@ struct RoomsConfig {
     /// through them.
     bool doorways = true;
     double widest_doorway = 2.5;  ///< [m]
-    double jamb = 0.5;  ///< Wall that goes on from one end of a doorway at least. [m]
+    double jamb = 0.5;            ///< Wall that goes on from one end of a doorway at least. [m]
     /// One knob over the three before: -2 for few large rooms to 2 for many small ones. The odds of
     /// the ratios are multiplied by 1 + detail, `least_area` is divided by it; below 0 it is the
     /// other way round, by 1 - detail.
