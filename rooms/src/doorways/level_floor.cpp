@@ -12,11 +12,12 @@ namespace {
 /// Half degrees to a right angle.
 constexpr int kBins = 180;
 
-/// Directions are taken from every second pixel of every second row, which is a quarter of the work.
-/// Edges are smoothed twice over 0.5 m: walls of a mapped building are ragged, and the edge of a
-/// turned one is a stair, which leads up and across before it leads along. [pixels of that]
-constexpr int kStep = 2;
-constexpr int kSmoothing = 5;
+/// Outlines of the floor become polygons that leave out what is smaller: ragged walls, and the
+/// stair that the edge of a turned wall is. [pixels; 0.15 m]
+constexpr double kTolerance = 3.0;
+
+/// Only sides as long as this tell a direction; shorter ones are furniture and jambs. [pixels; 1 m]
+constexpr int kShortest = 20;
 
 /// Half width of the triangle that the histogram is smoothed with. [half degrees]
 constexpr int kSpread = 4;
@@ -32,54 +33,38 @@ constexpr int kFarOff = 16;
 
 using Histogram = std::array<std::int64_t, kBins>;
 
+/// Where the bin of a direction begins: a quarter of a degree before it.
 std::array<Direction, kBins> binEdges() {
     std::array<Direction, kBins> edges;
-    for (int i = 0; i < kBins; ++i) edges[static_cast<std::size_t>(i)] = Direction::at(i);
+    for (int i = 0; i < kBins; ++i)
+        edges[static_cast<std::size_t>(i)] = Direction::at(i / 2.0 - 0.25);
     return edges;
 }
 
 /// The bin of a direction that is not 0, modulo 90 degrees.
-int binOf(int x, int y) {
+std::size_t binOf(cv::Point d) {
     static const std::array<Direction, kBins> edges = binEdges();
-    while (x <= 0 || y < 0) {  // To the quadrant between the axes.
-        const int former = x;
-        x = y;
-        y = -former;
-    }
+    while (d.x <= 0 || d.y < 0) d = {d.y, -d.x};  // To the quadrant between the axes.
     const auto beyond = std::partition_point(
-        edges.begin(), edges.end(), [&](const Direction& e) { return e.cos * y - e.sin * x >= 0; });
-    return static_cast<int>(beyond - edges.begin()) - 1;
+        edges.begin(), edges.end(),
+        [&](const Direction& edge) { return edge.cos * d.y - edge.sin * d.x >= 0; });
+    return static_cast<std::size_t>(beyond - edges.begin()) - 1;
 }
 
-/// 1 = floor.
-cv::Mat sampled(const cv::Mat& floor) {
-    cv::Mat samples((floor.rows + kStep - 1) / kStep, (floor.cols + kStep - 1) / kStep, CV_8UC1);
-    for (int row = 0; row < samples.rows; ++row) {
-        const std::uint8_t* const pixels = floor.ptr<std::uint8_t>(kStep * row);
-        std::uint8_t* const sample = samples.ptr<std::uint8_t>(row);
-        for (int col = 0; col < samples.cols; ++col) sample[col] = pixels[kStep * col] & 1;
-    }
-    return samples;
-}
-
-/// Weighted by the squared gradient.
-Histogram edgeDirections(const cv::Mat& floor) {
-    const cv::Size square(kSmoothing, kSmoothing);
-    cv::Mat smooth;
-    cv::Mat dx;
-    cv::Mat dy;
-    cv::boxFilter(sampled(floor), smooth, CV_16S, square, {-1, -1}, false);
-    cv::boxFilter(smooth, smooth, CV_16S, square, {-1, -1}, false);
-    cv::Sobel(smooth, dx, CV_16S, 1, 0);
-    cv::Sobel(smooth, dy, CV_16S, 0, 1);
+/// The sides of the polygons around the floor, weighted by their squared lengths: the longer one
+/// is, the more exactly it knows its direction.
+Histogram sideDirections(const cv::Mat& floor) {
+    std::vector<std::vector<cv::Point>> outlines;
+    cv::findContours(floor, outlines, cv::RETR_LIST, cv::CHAIN_APPROX_NONE);
     Histogram histogram{};
-    for (int row = 0; row < smooth.rows; ++row) {
-        const auto* const x = dx.ptr<std::int16_t>(row);
-        const auto* const y = dy.ptr<std::int16_t>(row);
-        for (int col = 0; col < smooth.cols; ++col) {
-            if (x[col] == 0 && y[col] == 0) continue;
-            histogram[static_cast<std::size_t>(binOf(x[col], y[col]))] +=
-                x[col] * x[col] + y[col] * y[col];
+    std::vector<cv::Point> polygon;
+    for (const auto& outline : outlines) {
+        if (outline.size() < kShortest) continue;
+        cv::approxPolyDP(outline, polygon, kTolerance, true);
+        for (std::size_t i = 0; i < polygon.size(); ++i) {
+            const cv::Point side = polygon[(i + 1) % polygon.size()] - polygon[i];
+            const auto length2 = std::int64_t{side.x} * side.x + std::int64_t{side.y} * side.y;
+            if (length2 >= kShortest * kShortest) histogram[binOf(side)] += length2;
         }
     }
     return histogram;
@@ -101,14 +86,14 @@ Histogram smoothed(const Histogram& histogram) {
 
 }  // namespace
 
-Direction Direction::at(int half_degrees) {
-    const double angle = half_degrees * CV_PI / (2 * kBins);
+Direction Direction::at(double degrees) {
+    const double angle = degrees * CV_PI / 180.0;
     const double one = static_cast<double>(std::int64_t{1} << kBits);
     return {std::llround(std::cos(angle) * one), std::llround(std::sin(angle) * one)};
 }
 
 std::vector<Direction> wallDirections(const cv::Mat& floor) {
-    Histogram histogram = smoothed(edgeDirections(floor));
+    Histogram histogram = smoothed(sideDirections(floor));
     std::vector<Direction> directions;
     double most = 0.0;
     for (int count = 0; count < 2; ++count) {
@@ -118,7 +103,7 @@ std::vector<Direction> wallDirections(const cv::Mat& floor) {
         if (count > 0 && walls <= kLeastShare * most) break;
         const int bin = static_cast<int>(peak - histogram.begin());
         const int turn = bin > kBins / 2 ? bin - kBins : bin;
-        directions.push_back(std::abs(turn) < kLevel ? Direction{} : Direction::at(turn));
+        directions.push_back(std::abs(turn) < kLevel ? Direction{} : Direction::at(turn / 2.0));
         for (int off = -kFarOff; off <= kFarOff; ++off) histogram[wrapped(bin + off)] = 0;
     }
     return directions;
@@ -134,7 +119,8 @@ LevelFloor::LevelFloor(const cv::Mat& floor, const Direction& direction)
         const std::int64_t scaled = along * direction.cos + across * std::abs(direction.sin);
         return static_cast<int>(scaled >> Direction::kBits) + 4;
     };
-    level_ = cv::Mat::zeros(extent(floor.rows, floor.cols), extent(floor.cols, floor.rows), CV_8UC1);
+    level_ =
+        cv::Mat::zeros(extent(floor.rows, floor.cols), extent(floor.cols, floor.rows), CV_8UC1);
     level_center_ = {level_.cols / 2, level_.rows / 2};
     const cv::Rect whole({0, 0}, floor.size());
     for (int row = 0; row < level_.rows; ++row) {

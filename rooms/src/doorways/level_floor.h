@@ -12,13 +12,14 @@ struct Direction {
     std::int64_t cos = std::int64_t{1} << kBits;
     std::int64_t sin = 0;
 
-    /// @param half_degrees  Clockwise in the image.
-    static Direction at(int half_degrees);
+    /// @param degrees  Clockwise in the image.
+    static Direction at(double degrees);
     bool isLevel() const { return sin == 0; }
 };
 
 /// The directions in which most walls of a map run, modulo 90 degrees: the peaks of a histogram of
-/// the directions of the floor's edges. The first is the building's own, a second that of a wing.
+/// the directions of the floor's outlines as polygons (Douglas and Peucker, 1973). The first is the
+/// building's own, a second that of a wing.
 /// @param floor  `CV_8UC1`: 255 = floor, 0 = wall.
 /// @return One or two; level for a map without walls.
 std::vector<Direction> wallDirections(const cv::Mat& floor);

@@ -33,10 +33,10 @@ TEST(DirectionAt, IsACosineAndASineInWholeNumbers) {
     constexpr std::int64_t kOne = std::int64_t{1} << Direction::kBits;
     EXPECT_TRUE(Direction::at(0).isLevel());
     EXPECT_EQ(Direction::at(0).cos, kOne);
-    EXPECT_EQ(Direction::at(60).sin, kOne / 2) << "30 degrees";
-    EXPECT_EQ(Direction::at(-60).sin, -kOne / 2);
-    EXPECT_EQ(Direction::at(90).sin, Direction::at(90).cos);
-    EXPECT_FALSE(Direction::at(1).isLevel());
+    EXPECT_EQ(Direction::at(30).sin, kOne / 2);
+    EXPECT_EQ(Direction::at(-30).sin, -kOne / 2);
+    EXPECT_EQ(Direction::at(45).sin, Direction::at(45).cos);
+    EXPECT_FALSE(Direction::at(0.5).isLevel());
 }
 
 TEST(WallDirections, IsLevelForWallsAlongTheImage) {
@@ -56,13 +56,39 @@ TEST(WallDirections, IsLevelWithoutWalls) {
 }
 
 TEST(WallDirections, FollowsTheDrawingAsItIsTurned) {
-    for (const int degrees : {10, 20, 30, 40, 50, 60, 70, 80}) {
+    for (const int degrees : {2, 3, 4, 5, 10, 20, 30, 40, 50, 60, 70, 80, 87}) {
         const auto directions = wallDirections(room().turnedBy(degrees));
         ASSERT_THAT(directions, SizeIs(1)) << degrees;
         const int within = degrees > 45 ? degrees - 90 : degrees;
-        // Over a doorway of 1 m, 2.5 degrees are less than a pixel.
-        EXPECT_NEAR(degreesOf(directions[0]), within, 2.5) << degrees;
+        EXPECT_NEAR(degreesOf(directions[0]), within, 0.5) << degrees;
     }
+}
+
+TEST(WallDirections, LooksPastRaggedWalls) {
+    cv::Mat floor = room().turnedBy(10);
+    cv::RNG random(7);
+    const cv::Mat straight = floor.clone();
+    for (int row = 1; row + 1 < floor.rows; ++row) {
+        for (int col = 1; col + 1 < floor.cols; ++col) {
+            const cv::Rect around(col - 1, row - 1, 3, 3);
+            if (cv::countNonZero(straight(around)) % 9 == 0) continue;
+            if (random.uniform(0, 2) == 0) floor.at<std::uint8_t>(row, col) ^= 255;
+        }
+    }
+    const auto directions = wallDirections(floor);
+    ASSERT_THAT(directions, SizeIs(1));
+    EXPECT_NEAR(degreesOf(directions[0]), 10.0, 1.0);
+}
+
+TEST(WallDirections, DoesNotFollowFurniture) {
+    cv::Mat floor = room().turnedBy(20);
+    for (int i = 0; i < 16; ++i) {
+        const cv::Point corner(105 + 18 * (i % 4), 100 + 18 * (i / 4));
+        floor(cv::Rect(corner, cv::Size(10, 10))) = 0;
+    }
+    const auto directions = wallDirections(floor);
+    ASSERT_THAT(directions, SizeIs(1));
+    EXPECT_NEAR(degreesOf(directions[0]), 20.0, 0.5);
 }
 
 TEST(WallDirections, TakesAMapForLevelThatNearlyIs) {
@@ -91,7 +117,7 @@ TEST(LevelFloor, IsTheMapItselfInALevelDirection) {
 
 TEST(LevelFloor, ShowsThePixelsThatItNames) {
     const cv::Mat floor = room().turnedBy(30);
-    const LevelFloor level(floor, Direction::at(60));
+    const LevelFloor level(floor, Direction::at(30));
     const cv::Rect whole({0, 0}, floor.size());
     for (int row = 0; row < level.floor().rows; ++row) {
         for (int col = 0; col < level.floor().cols; ++col) {
@@ -104,7 +130,7 @@ TEST(LevelFloor, ShowsThePixelsThatItNames) {
 
 TEST(LevelFloor, MakesWallsRunAlongRowsAndColumns) {
     for (const int degrees : {10, 30, -40}) {
-        const LevelFloor level(room().turnedBy(degrees), Direction::at(2 * degrees));
+        const LevelFloor level(room().turnedBy(degrees), Direction::at(degrees));
         const cv::Rect box = cv::boundingRect(level.floor());
         EXPECT_NEAR(box.width, 160, 3) << degrees;
         EXPECT_NEAR(box.height, 120, 3) << degrees;

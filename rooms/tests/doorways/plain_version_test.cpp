@@ -27,7 +27,7 @@ void expectSameDirections(const cv::Mat& floor) {
     for (const Direction& direction : wallDirections(floor)) sines.push_back(direction.sin);
     std::vector<std::int64_t> plain;
     for (const int angle : reference::wallDirections(floor)) {
-        plain.push_back(Direction::at(angle).sin);
+        plain.push_back(Direction::at(angle / 2.0).sin);
     }
     EXPECT_EQ(sines, plain);
 }

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <map>
+#include <opencv2/imgproc.hpp>
 #include <set>
 #include <tuple>
 #include <utility>
@@ -46,48 +47,14 @@ std::int64_t sineOf(int half_degrees) {
 
 // Directions of walls.
 
-/// The value at a pixel; beyond the rim of the image, that of its reflection.
-int reflected(const cv::Mat& image, int row, int col) {
-    const auto within = [](int i, int count) {
-        while (count > 1 && (i < 0 || i >= count)) i = i < 0 ? -i : 2 * count - 2 - i;
-        return count > 1 ? i : 0;
-    };
-    return image.at<int>(within(row, image.rows), within(col, image.cols));
-}
-
-/// The sum of the 25 values around each.
-cv::Mat sumsAround(const cv::Mat& values) {
-    cv::Mat sums = cv::Mat::zeros(values.size(), CV_32SC1);
-    for (int row = 0; row < values.rows; ++row) {
-        for (int col = 0; col < values.cols; ++col) {
-            for (int i = 0; i < 25; ++i) {
-                sums.at<int>(row, col) += reflected(values, row + i / 5 - 2, col + i % 5 - 2);
-            }
-        }
-    }
-    return sums;
-}
-
-/// How much floor there is around every second pixel of every second row, near ones counted most.
-cv::Mat floorAround(const cv::Mat& floor) {
-    cv::Mat ones((floor.rows + 1) / 2, (floor.cols + 1) / 2, CV_32SC1);
-    for (int row = 0; row < ones.rows; ++row) {
-        for (int col = 0; col < ones.cols; ++col) {
-            ones.at<int>(row, col) = isFloor(floor, 2 * row, 2 * col) ? 1 : 0;
-        }
-    }
-    return sumsAround(sumsAround(ones));
-}
-
-/// Which half degree from the x axis, clockwise, modulo 90 degrees.
+/// The nearest half degree from the x axis, clockwise, modulo 90 degrees.
 std::size_t halfDegreeOf(int x, int y) {
     for (int quarter = 0; quarter < 4 && (x <= 0 || y < 0); ++quarter) {
         std::swap(x, y);
         y = -y;
     }
-    int angle = kRightAngle - 1;
-    while (cosineOf(angle) * y < sineOf(angle) * x) --angle;
-    return static_cast<std::size_t>(angle);
+    const auto angle = std::lround(std::atan2(y, x) * 360.0 / CV_PI);
+    return static_cast<std::size_t>(angle % kRightAngle);
 }
 
 using Histogram = std::array<std::int64_t, kRightAngle>;
@@ -96,24 +63,20 @@ std::size_t wrapped(int angle) {
     return static_cast<std::size_t>((angle + kRightAngle) % kRightAngle);
 }
 
-/// The squared gradients by their directions, spread over 2 degrees either way.
-Histogram edgeDirections(const cv::Mat& floor) {
-    const cv::Mat sums = floorAround(floor);
-    std::map<std::pair<int, int>, std::size_t> known;
+/// The squared lengths of the outlines' straight sides of 1 m and more by their directions, spread
+/// over 2 degrees either way.
+Histogram sideDirections(const cv::Mat& floor) {
+    std::vector<std::vector<cv::Point>> outlines;
+    cv::findContours(floor, outlines, cv::RETR_LIST, cv::CHAIN_APPROX_NONE);
     Histogram sharp{};
-    for (int row = 0; row < sums.rows; ++row) {
-        for (int col = 0; col < sums.cols; ++col) {
-            const auto at = [&](int down, int right) {
-                return reflected(sums, row + down, col + right);
-            };
-            const int x =
-                at(-1, 1) + 2 * at(0, 1) + at(1, 1) - at(-1, -1) - 2 * at(0, -1) - at(1, -1);
-            const int y =
-                at(1, -1) + 2 * at(1, 0) + at(1, 1) - at(-1, -1) - 2 * at(-1, 0) - at(-1, 1);
-            if (x == 0 && y == 0) continue;
-            const auto [found, is_new] = known.emplace(std::make_pair(x, y), 0);
-            if (is_new) found->second = halfDegreeOf(x, y);
-            sharp[found->second] += x * x + y * y;
+    for (const auto& outline : outlines) {
+        std::vector<cv::Point> polygon;
+        cv::approxPolyDP(outline, polygon, 3.0, true);
+        polygon.push_back(polygon.front());
+        for (std::size_t i = 1; i < polygon.size(); ++i) {
+            const int x = polygon[i].x - polygon[i - 1].x;
+            const int y = polygon[i].y - polygon[i - 1].y;
+            if (std::hypot(x, y) >= 20.0) sharp[halfDegreeOf(x, y)] += x * x + y * y;
         }
     }
     Histogram spread{};
@@ -484,7 +447,7 @@ bool parts(const PlainDoorway& doorway, const cv::Mat& floor, const cv::Mat& lab
 
 std::vector<int> wallDirections(const cv::Mat& floor) {
     if (floor.empty()) return {0};
-    Histogram edges = edgeDirections(floor);
+    Histogram edges = sideDirections(floor);
     std::vector<int> directions;
     std::int64_t most = 0;
     while (directions.size() < 2) {
