@@ -8,6 +8,7 @@
 #include <tuple>
 #include <utility>
 
+#include "doorways/corridors.h"
 #include "doorways/level_floor.h"
 #include "doorways/wall_gaps.h"
 #include "flow/line_pixels.h"
@@ -33,6 +34,10 @@ constexpr int kWiderPercent = 85;
 constexpr int kGoesOn = 6;
 constexpr int kLongerPercent = 20;
 
+/// A gap in a corridor's wall leads into a space that is wider along the wall. One that is as wide
+/// as the space is no gap in a wall: there the corridor opens into a hall or another corridor.
+constexpr int kWiderThanOpeningPercent = 95;
+
 struct Candidate {
     FoundDoorway doorway;
     WallGap gap;
@@ -51,7 +56,7 @@ void addGaps(const LevelFloor& level, std::size_t turned, const RoomsConfig& con
         const auto toMap = [&](int along, int across) {
             return level.toMap(upright ? cv::Point(across, along) : cv::Point(along, across));
         };
-        const cv::Mat floor = upright ? cv::Mat(level.floor().t()) : level.floor();
+        const cv::Mat floor = upright != 0 ? cv::Mat(level.floor().t()) : level.floor();
         for (const WallGap& gap : gapsInRows(floor, limits)) {
             const FoundDoorway doorway{toMap(gap.begin - 1, gap.row), toMap(gap.end, gap.row),
                                        gap.width(), gap.wall()};
@@ -134,6 +139,86 @@ std::array<cv::Mat, 2> withoutGaps(const cv::Mat& level, std::size_t turned,
     return {closed, upright};
 }
 
+cv::Point flipped(const cv::Point& pixel) {
+    return {pixel.y, pixel.x};
+}
+
+/// What opens beside the corridors of a level floor; in the first place those along its rows, in
+/// the second those along its columns, seen as rows.
+class CorridorOpenings {
+ public:
+    explicit CorridorOpenings(const LevelFloor& level) {
+        const std::array<cv::Mat, 2> floors = {level.floor(), level.columns()};
+        for (const std::size_t upright : {0U, 1U}) {
+            corridors_[upright] = corridorsInRows(floors[upright], floors[1 - upright]);
+        }
+        for (const std::size_t upright : {0U, 1U}) {
+            for (const Corridor& corridor : corridors_[upright]) {
+                for (const CorridorGap& gap : gapsBeside(corridor, floors[upright])) {
+                    if (!isAcrossLongerOne(corridor, gap, 1 - upright)) {
+                        gaps_[upright].push_back(gap);
+                    }
+                }
+            }
+        }
+    }
+
+    /// @param closed  The level floor without the gaps of doorways, and its columns as rows.
+    std::vector<FoundDoorway> intoWiderSpaces(const LevelFloor& level,
+                                              std::array<cv::Mat, 2> closed) const {
+        close(closed);
+        std::vector<FoundDoorway> openings;
+        for (const std::size_t upright : {0U, 1U}) {
+            for (const CorridorGap& gap : gaps_[upright]) {
+                const int beyond = widthBeside(closed[upright], gap.gap, gap.outward);
+                if (gap.gap.width() * 100 > kWiderThanOpeningPercent * beyond) continue;
+                const auto toMap = [&](const cv::Point& end) {
+                    return level.toMap(upright != 0 ? flipped(end) : end);
+                };
+                openings.push_back(
+                    {toMap(gap.left()), toMap(gap.right()), gap.gap.width(), gap.gap.wall()});
+            }
+        }
+        return openings;
+    }
+
+ private:
+    /// Two niches opposite each other look like a corridor across the one they lie at.
+    bool isAcrossLongerOne(const Corridor& own, const CorridorGap& gap, std::size_t other) const {
+        const cv::Point middle = flipped((gap.left() + gap.right()) / 2);
+        return std::any_of(corridors_[other].begin(), corridors_[other].end(),
+                           [&](const Corridor& corridor) {
+                               return corridor.length() > own.length() && corridor.holds(middle);
+                           });
+    }
+
+    void close(std::array<cv::Mat, 2>& closed) const {
+        for (const std::size_t upright : {0U, 1U}) {
+            for (const CorridorGap& gap : gaps_[upright]) {
+                for (const cv::Point& pixel : linePixels(gap.left(), gap.right())) {
+                    closed[upright].at<std::uint8_t>(pixel) = 0;
+                    closed[1 - upright].at<std::uint8_t>(flipped(pixel)) = 0;
+                }
+            }
+        }
+    }
+
+    std::array<std::vector<Corridor>, 2> corridors_;
+    std::array<std::vector<CorridorGap>, 2> gaps_;
+};
+
+/// Those in a place of their own.
+void addOpenings(const std::vector<FoundDoorway>& openings, std::vector<FoundDoorway>& doorways) {
+    const std::size_t before = doorways.size();
+    for (const FoundDoorway& opening : openings) {
+        const auto end = doorways.begin() + static_cast<std::ptrdiff_t>(before);
+        const bool is_new = std::none_of(doorways.begin(), end, [&](const FoundDoorway& doorway) {
+            return areNear(opening, doorway);
+        });
+        if (is_new) doorways.push_back(opening);
+    }
+}
+
 }  // namespace
 
 std::vector<cv::Point> FoundDoorway::pixels(const cv::Mat& floor) const {
@@ -149,10 +234,12 @@ std::vector<cv::Point> FoundDoorway::pixels(const cv::Mat& floor) const {
 }
 
 std::vector<LinkingDoorway> linkingDoorways(const cv::Mat& labels, const cv::Mat& floor,
-                                            const std::vector<FoundDoorway>& doorways) {
+                                            const std::vector<FoundDoorway>& doorways,
+                                            const RoomsConfig& config) {
     const cv::Rect whole({0, 0}, labels.size());
     std::vector<LinkingDoorway> linking;
     for (const FoundDoorway& doorway : doorways) {
+        if (doorway.width > pixelsOf(config.widest_doorway)) continue;
         std::map<int, int> pixels;  // By room.
         for (const cv::Point& pixel : doorway.pixels(floor)) {
             for (const cv::Point& step : {cv::Point(0, -1), {-1, 0}, {1, 0}, {0, 1}}) {
@@ -187,6 +274,12 @@ std::vector<FoundDoorway> findDoorways(const cv::Mat& floor, const RoomsConfig& 
     for (const Candidate& candidate : candidates) {
         if (leadsSomewhere(candidate.gap, closed[candidate.turned][candidate.upright ? 1 : 0])) {
             doorways.push_back(candidate.doorway);
+        }
+    }
+    if (config.corridors) {
+        for (std::size_t i = 0; i < turned.size(); ++i) {
+            const CorridorOpenings openings(turned[i]);
+            addOpenings(openings.intoWiderSpaces(turned[i], closed[i]), doorways);
         }
     }
     return doorways;

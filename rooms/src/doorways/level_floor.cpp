@@ -114,9 +114,13 @@ LevelFloor::LevelFloor(const cv::Mat& floor, const Direction& direction)
       map_center_(floor.cols / 2, floor.rows / 2),
       level_center_(map_center_),
       level_(floor) {
-    if (direction.isLevel()) return;
+    if (!direction.isLevel()) turn(floor);
+    cv::transpose(level_, columns_);
+}
+
+void LevelFloor::turn(const cv::Mat& floor) {
     const auto extent = [&](std::int64_t along, std::int64_t across) {
-        const std::int64_t scaled = along * direction.cos + across * std::abs(direction.sin);
+        const std::int64_t scaled = along * direction_.cos + across * std::abs(direction_.sin);
         return static_cast<int>(scaled >> Direction::kBits) + 4;
     };
     level_ =

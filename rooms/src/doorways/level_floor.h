@@ -32,14 +32,20 @@ class LevelFloor {
     /// `CV_8UC1`: 255 = floor, 0 = wall and outside. Values of the nearest pixel.
     const cv::Mat& floor() const { return level_; }
 
+    /// The same flipped at its diagonal, so that its columns can be read as rows.
+    const cv::Mat& columns() const { return columns_; }
+
     /// The pixel of the map that a pixel of the level floor shows; it may lie outside the map.
     cv::Point toMap(const cv::Point& pixel) const;
 
  private:
+    void turn(const cv::Mat& floor);
+
     Direction direction_;
     cv::Point map_center_;
     cv::Point level_center_;
     cv::Mat level_;
+    cv::Mat columns_;
 };
 
 }  // namespace vorund::rooms

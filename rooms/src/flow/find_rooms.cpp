@@ -130,7 +130,7 @@ Rooms findRooms(const GridMap& map, const Settings& settings, std::shared_ptr<De
     result.unreached_pixels = cv::countNonZero(result.unreached);
     rename(labels, successorsOf(regions));
     const std::vector<LinkingDoorway> doorways =
-        linkingDoorways(labels, space.floor, space.doorways);
+        linkingDoorways(labels, space.floor, space.doorways, settings.rooms);
     if (settings.rooms.straight_borders) straightenBorders(labels, cuts);
     const bool same_pixels = resampling.isIdentity();
     fillRecords({same_pixels ? labels : resampling.labelsToMap(labels, working.ownValues()),

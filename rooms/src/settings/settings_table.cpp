@@ -223,6 +223,7 @@ void addRooms(const Group<RoomsConfig>& group) {
     group.add("narrow_passage", &RoomsConfig::narrow_passage, number(0, kMostMetres));
     group.add("least_area", &RoomsConfig::least_area, number(0, kMostMetres));
     group.add("doorways", &RoomsConfig::doorways, flag());
+    group.add("corridors", &RoomsConfig::corridors, flag());
     group.add("widest_doorway", &RoomsConfig::widest_doorway, number(0, kMostMetres));
     group.add("jamb", &RoomsConfig::jamb, number(0, kMostMetres));
     group.add("detail", &RoomsConfig::detail, number(-kMostDetail, kMostDetail));

@@ -148,6 +148,55 @@ TEST(FindDoorways, FindsTheOpeningOfACubicleAsWideAsTheAisle) {
     }
 }
 
+/// A corridor of 15 m by 2 m, and above it a room of 5 m by 3 m with an opening of that width in
+/// the middle of the wall between them, which is 0.1 m thick.
+DrawnWalls roomBesideACorridor(int opening) {
+    DrawnWalls drawn(cv::Size(320, 140));
+    drawn.floor({10, 80, 300, 40}).floor({110, 18, 100, 60});
+    return drawn.floor({160 - opening / 2, 78, opening, 2});
+}
+
+TEST(FindDoorways, FindsAWideGapInTheWallOfACorridor) {
+    const cv::Mat floor = roomBesideACorridor(80).floor();
+    const auto doorways = findDoorways(floor, {});
+    ASSERT_THAT(doorways, SizeIs(1));
+    EXPECT_EQ(doorways[0].first_jamb, cv::Point(119, 79));
+    EXPECT_EQ(doorways[0].second_jamb, cv::Point(200, 79));
+    EXPECT_EQ(doorways[0].width, 80);
+    EXPECT_EQ(doorways[0].wall, 60 + 60);
+    EXPECT_TRUE(isFromWallToWall(doorways[0], floor));
+    RoomsConfig config;
+    config.corridors = false;
+    EXPECT_THAT(findDoorways(floor, config), IsEmpty());
+}
+
+TEST(FindDoorways, FindsTheGapInTheWallOfAnUprightCorridor) {
+    const cv::Mat floor = roomBesideACorridor(80).floor().t();
+    const auto doorways = findDoorways(floor, {});
+    ASSERT_THAT(doorways, SizeIs(1));
+    EXPECT_EQ(doorways[0].first_jamb, cv::Point(79, 119));
+    EXPECT_EQ(doorways[0].second_jamb, cv::Point(79, 200));
+}
+
+TEST(FindDoorways, TakesADoorInTheWallOfACorridorOnce) {
+    const auto doorways = findDoorways(roomBesideACorridor(20).floor(), {});
+    ASSERT_THAT(doorways, SizeIs(1));
+    EXPECT_EQ(doorways[0].width, 20);
+}
+
+TEST(FindDoorways, TakesNoOpeningOfACorridorIntoAHall) {
+    EXPECT_THAT(findDoorways(roomBesideACorridor(100).floor(), {}), IsEmpty());
+    EXPECT_THAT(findDoorways(roomBesideACorridor(96).floor(), {}), IsEmpty())
+        << "96 of 100 are more than 95 %";
+    EXPECT_THAT(findDoorways(roomBesideACorridor(94).floor(), {}), SizeIs(1));
+}
+
+TEST(FindDoorways, DoesNotDivideACorridorBetweenTwoNiches) {
+    // Niches of 1 m by 1 m opposite each other: with what lies between they are 4 m by 1 m.
+    const auto drawn = roomBesideACorridor(80).floor({40, 60, 20, 80});
+    EXPECT_THAT(findDoorways(drawn.floor(), {}), SizeIs(1));
+}
+
 TEST(FindDoorways, FindsTwoDoorsBetweenTheSameRooms) {
     const auto doorways = findDoorways(
         roomsBesideEachOther(2).floor({90, 16, 2, 14}).floor({90, 45, 2, 18}).floor(), {});

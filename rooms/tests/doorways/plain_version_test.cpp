@@ -120,6 +120,7 @@ cv::Mat someWalls(RandomImages& random) {
 
 TEST(DoorwaysInNoise, AreThoseOfThePlainVersion) {
     int with_doorways = 0;
+    int with_corridors = 0;
     for (std::uint32_t seed = 1; seed <= 300; ++seed) {
         SCOPED_TRACE(seed);
         RandomImages random(seed);
@@ -127,9 +128,13 @@ TEST(DoorwaysInNoise, AreThoseOfThePlainVersion) {
         RoomsConfig config;
         config.widest_doorway = 0.05 * (10 + random.below(60));
         config.jamb = 0.05 * random.below(8);
-        if (expectSame(floor, config, someRegions(random, floor)) > 0) ++with_doorways;
+        const int found = expectSame(floor, config, someRegions(random, floor));
+        if (found > 0) ++with_doorways;
+        config.corridors = false;
+        if (found > expectSame(floor, config, someRegions(random, floor))) ++with_corridors;
     }
     EXPECT_GE(with_doorways, 50);
+    EXPECT_GE(with_corridors, 5);
 }
 
 TEST(DoorwaysOfSmallImages, AreThoseOfThePlainVersion) {

@@ -44,13 +44,17 @@ TEST(LinkingDoorways, NameTheRoomsOnBothSides) {
     cv::Mat labels = oneRegion(floor, 3);
     labels.colRange(30, 60).setTo(8, floor.colRange(30, 60));
     const FoundDoorway door = doorwayBetween({29, 9}, {29, 28});
-    const auto linking = linkingDoorways(labels, floor, {door});
+    const auto linking = linkingDoorways(labels, floor, {door}, {});
     ASSERT_THAT(linking, ::testing::SizeIs(1));
     EXPECT_EQ(linking[0].rooms, Edge(3, 8));
-    EXPECT_THAT(linkingDoorways(oneRegion(floor), floor, {door}), ::testing::IsEmpty())
+    EXPECT_THAT(linkingDoorways(oneRegion(floor), floor, {door}, {}), ::testing::IsEmpty())
         << "within a room it leads nowhere";
+    RoomsConfig config;
+    config.widest_doorway = 0.85;
+    EXPECT_THAT(linkingDoorways(labels, floor, {door}, config), ::testing::IsEmpty())
+        << "0.9 m are too wide";
     labels.colRange(30, 60).setTo(0);
-    EXPECT_THAT(linkingDoorways(labels, floor, {door}), ::testing::IsEmpty());
+    EXPECT_THAT(linkingDoorways(labels, floor, {door}, {}), ::testing::IsEmpty());
 }
 
 /// Rooms of 5 m by 3 m and 2.5 m by 3 m, and a door in the wall between them.

@@ -11,6 +11,7 @@
 #include <tuple>
 #include <utility>
 
+#include "reference/corridors.h"
 #include "reference/cuts.h"
 #include "reference/room_graph.h"
 
@@ -354,6 +355,70 @@ bool leadsSomewhere(const cv::Mat& floor, const Gap& gap) {
     return has_both_jambs || 100 * gap.width() <= 20 * wider;
 }
 
+// Gaps in the walls of corridors.
+
+struct Opening {
+    PlainCorridorGap gap;
+    std::size_t view;
+
+    int width() const { return gap.right.x - gap.left.x - 1; }
+};
+
+/// Of a view, without those that lie across a longer corridor of the flipped one.
+std::vector<Opening> openingsBesideCorridors(const std::vector<View>& views, std::size_t own,
+                                             std::size_t flipped) {
+    std::vector<Opening> openings;
+    const std::vector<PlainCorridor> others = corridorsAlongRows(views[flipped].floor);
+    for (const PlainCorridor& corridor : corridorsAlongRows(views[own].floor)) {
+        for (const PlainCorridorGap& gap : gapsInWalls(corridor, views[own].floor)) {
+            const cv::Point middle((gap.left.y + gap.right.y) / 2, (gap.left.x + gap.right.x) / 2);
+            bool is_across = false;
+            for (const PlainCorridor& other : others) {
+                if (other.firsts.size() > corridor.firsts.size() && isInCorridor(other, middle)) {
+                    is_across = true;
+                }
+            }
+            if (!is_across) openings.push_back({gap, own});
+        }
+    }
+    return openings;
+}
+
+void closeOpenings(std::vector<View>& views, const std::vector<Opening>& openings) {
+    for (const Opening& opening : openings) {
+        for (const cv::Point& pixel : pixelsBetween(opening.gap.left, opening.gap.right)) {
+            for (View& view : views) {
+                if (view.turned != views[opening.view].turned) continue;
+                const bool flipped = view.upright != views[opening.view].upright;
+                view.floor.at<std::uint8_t>(flipped ? cv::Point(pixel.y, pixel.x) : pixel) = 0;
+            }
+        }
+    }
+}
+
+bool leadsIntoWiderSpace(const cv::Mat& floor, const Opening& opening) {
+    const PlainCorridorGap& gap = opening.gap;
+    const int outer =
+        gap.outward < 0 ? std::min(gap.left.y, gap.right.y) : std::max(gap.left.y, gap.right.y);
+    const Gap across{outer, gap.left.x + 1, gap.right.x};
+    return 100 * opening.width() <= 95 * widthBeside(floor, across, gap.outward);
+}
+
+void addOpenings(const std::vector<View>& views, const std::vector<Opening>& openings,
+                 std::vector<PlainDoorway>& doorways) {
+    const std::vector<PlainDoorway> before = doorways;
+    for (const Opening& opening : openings) {
+        const View& view = views[opening.view];
+        if (!leadsIntoWiderSpace(view.floor, opening)) continue;
+        const PlainDoorway doorway{view.toMap(opening.gap.left.y, opening.gap.left.x),
+                                   view.toMap(opening.gap.right.y, opening.gap.right.x),
+                                   opening.width(), opening.gap.wall};
+        bool is_new = true;
+        for (const PlainDoorway& other : before) is_new = is_new && !isSamePlace(doorway, other);
+        if (is_new) doorways.push_back(doorway);
+    }
+}
+
 // Parting regions.
 
 /// The 4-connected pieces of what is not 0, by their first pixels in reading order.
@@ -474,6 +539,8 @@ std::vector<PlainDoorway> findDoorways(const cv::Mat& floor, const rooms::RoomsC
             views.push_back(viewOf(floor, i, directions[i], upright));
         }
     }
+    const std::vector<View> open_views = views;
+    for (View& view : views) view.floor = view.floor.clone();
     const std::vector<Candidate> candidates = candidatesIn(views, config);
     closeGaps(views, candidates);
     std::vector<PlainDoorway> doorways;
@@ -481,6 +548,14 @@ std::vector<PlainDoorway> findDoorways(const cv::Mat& floor, const rooms::RoomsC
         if (leadsSomewhere(views[candidate.view].floor, candidate.gap)) {
             doorways.push_back(candidate.doorway);
         }
+    }
+    for (std::size_t i = 0; config.corridors && i < views.size(); i += 2) {
+        std::vector<Opening> openings = openingsBesideCorridors(open_views, i, i + 1);
+        for (const Opening& opening : openingsBesideCorridors(open_views, i + 1, i)) {
+            openings.push_back(opening);
+        }
+        closeOpenings(views, openings);
+        addOpenings(views, openings, doorways);
     }
     return doorways;
 }

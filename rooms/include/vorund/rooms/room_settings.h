@@ -30,11 +30,14 @@ struct RoomsConfig {
     /// For "passages": find doorways as gaps in walls; regions end in them, and are not joined
     /// through them.
     bool doorways = true;
+    /// With `doorways`: follow the walls of corridors, and take gaps of any width in them for
+    /// doorways, unless the space behind one is no wider than the gap.
+    bool corridors = true;
     double widest_doorway = 2.5;  ///< [m]
     double jamb = 0.5;            ///< Wall that goes on from one end of a doorway at least. [m]
-    /// One knob over the three before: -2 for few large rooms to 2 for many small ones. The odds of
-    /// the ratios are multiplied by 1 + detail, `least_area` is divided by it; below 0 it is the
-    /// other way round, by 1 - detail.
+    /// One knob over `open_ratio`, `narrow_ratio` and `least_area`: -2 for few large rooms to 2 for
+    /// many small ones. The odds of the ratios are multiplied by 1 + detail, `least_area` is divided
+    /// by it; below 0 it is the other way round, by 1 - detail.
     double detail = 0.0;
 
     /// Take out what stands free in rooms before they are looked for.

@@ -55,8 +55,8 @@ struct Doorway {
     Place end;    ///< At the other.
     double width_m;
     /// The part that is wall of the line through the doorway, from 3 m before to 3 m behind it, where
-    /// floor lies on both sides: 0.33 to 1. Near 1 it is a gap in a long wall; furniture that stands
-    /// like a wall makes short ones.
+    /// floor lies on both sides or a corridor on one: above 0, up to 1. Near 1 it is a gap in a long
+    /// wall; furniture that stands like a wall makes short ones.
     double certainty;
 };
 
