@@ -14,7 +14,8 @@ class Launch(world.Case):
         self.addCleanup(launch.stop)  # Killed, it would leave its nodes behind.
         return launch
 
-    def check_rooms(self):
+    def check_rooms(self, launch):
+        launch.wait_for(" rooms, ")
         grid = rospy.wait_for_message("/map", OccupancyGrid, world.PATIENCE)
         graph = rospy.wait_for_message("/room_graph", RoomGraph, world.PATIENCE)
         self.assertEqual(graph.info, grid.info)
@@ -28,7 +29,7 @@ class Launch(world.Case):
 
     def test_the_example(self):
         launch = self.launch("vorund_ros", "example.launch", "rviz:=false")
-        self.check_rooms()
+        self.check_rooms(launch)
         launch.stop()
         self.assertEqual(launch.with_text("[ERROR]") + launch.with_text("[FATAL]"), [])
 
@@ -37,7 +38,7 @@ class Launch(world.Case):
                                    world.SOURCE + "/maps/furnished.yaml"])
         self.addCleanup(publisher.kill_if_running)
         launch = self.launch("vorund_ros", "rooms.launch", "nodelet:=true")
-        self.check_rooms()
+        self.check_rooms(launch)
         launch.stop()
         self.assertEqual(publisher.stop(), 0)
 

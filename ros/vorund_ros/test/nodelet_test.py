@@ -24,12 +24,13 @@ class Nodelet(world.Case):
         return loader
 
     def wait_until_gone(self):
-        """Waits until the nodelet's services are offered no more, and the manager still answers."""
+        """Waits until the nodelet's services are offered no more (load_rooms goes last), and the
+        manager still answers."""
         master = rosgraph.Master("/test")
         end = world.time.monotonic() + world.PATIENCE
         while True:
             try:
-                master.lookupService(self.space + "/vorund/room_at")
+                master.lookupService(self.space + "/vorund/load_rooms")
             except rosgraph.MasterError:
                 break
             self.assertLess(world.time.monotonic(), end, self.manager.lines[-20:])
@@ -49,10 +50,10 @@ class Nodelet(world.Case):
 
     def test_it_is_unloaded_during_a_run(self):
         self.publish(world.big_hall())
-        for _ in range(3):
+        for count in range(1, 4):
             loader = self.load()
             self.wait_until_up(loader)
-            self.manager.wait_for("Starting floor plan segmentation")
+            self.manager.wait_for("Starting floor plan segmentation", count)
             loader.stop()
             self.wait_until_gone()
         self.assertEqual(self.manager.with_text("Segment finish"), [])

@@ -25,15 +25,11 @@ class Restart(world.Case):
 
     def was_restored(self, node):
         """Whether the node restored its rooms instead of finding them; waits for either."""
-        end = world.time.monotonic() + world.PATIENCE
-        while world.time.monotonic() < end:
-            if node.with_text("restored from " + str(self.save_path)):
-                self.assertEqual(node.with_text("Starting floor plan segmentation"), [])
-                return True
-            if node.with_text(" rooms, "):
-                return False
-            world.time.sleep(0.02)
-        raise AssertionError("no rooms")
+        node.wait_for(" rooms, ")
+        if "restored from " + str(self.save_path) not in node.with_text(" rooms, ")[0]:
+            return False
+        self.assertEqual(node.with_text("Starting floor plan segmentation"), [])
+        return True
 
     def test_rooms_of_the_same_map_are_restored(self):
         graph = self.first_run(row_of_rooms(3, x=4.0, yaw=0.3))

@@ -205,11 +205,18 @@ def big_hall():
 
 
 class Listener:
-    """Messages of a topic, in their order."""
+    """Messages of a topic that somebody publishes already, in their order."""
 
     def __init__(self, topic, kind):
         self._messages = queue.Queue()
         self._subscriber = rospy.Subscriber(topic, kind, self._messages.put)
+        # What is not latched and goes out earlier would be missed; what is latched and goes out
+        # while this connects may come twice.
+        end = time.monotonic() + PATIENCE
+        while self._subscriber.get_num_connections() == 0:
+            if time.monotonic() > end:
+                raise AssertionError("nobody publishes " + topic)
+            time.sleep(0.01)
 
     def next(self):
         try:
@@ -265,12 +272,6 @@ class Case(unittest.TestCase):
             self.publishers[topic] = rospy.Publisher(self.space + "/" + topic, OccupancyGrid,
                                                      latch=True, queue_size=100)
         self.publishers[topic].publish(grid)
-
-    def wait_for_subscriber(self, topic="map"):
-        end = time.monotonic() + PATIENCE
-        while self.publishers[topic].get_num_connections() == 0:
-            self.assertLess(time.monotonic(), end)
-            time.sleep(0.02)
 
     def listen(self, topic="room_graph", kind=None):
         listener = Listener(topic if topic.startswith("/") else self.space + "/" + topic,
