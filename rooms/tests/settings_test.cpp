@@ -120,6 +120,7 @@ rooms:
   narrow_passage: 1.125
   least_area: 2.25
   doorways: false
+  corridors: false
   widest_doorway: 2.75
   jamb: 0.625
   detail: -0.5
@@ -180,6 +181,7 @@ Settings changedSettings() {
     rooms.narrow_passage = 1.125;
     rooms.least_area = 2.25;
     rooms.doorways = false;
+    rooms.corridors = false;
     rooms.widest_doorway = 2.75;
     rooms.jamb = 0.625;
     rooms.detail = -0.5;
@@ -717,6 +719,7 @@ std::vector<Range> stages() {
         real("rooms/narrow_passage", {"0", "1e6"}, {"1000000.1"}),
         real("rooms/least_area", {"0", "1e6"}, {"1000000.1"}),
         flag("rooms/doorways"),
+        flag("rooms/corridors"),
         real("rooms/widest_doorway", {"0", "1e6"}, {"1000000.1"}),
         real("rooms/jamb", {"0", "1e6"}, {"1000000.1"}),
         range("rooms/detail", {"-2", "0", "1.5", "2"}, {"-2.1", "2.1", ".nan", ".inf"}),
