@@ -3,8 +3,9 @@
 # Where a machine builds for another, a program cannot start its own kind anew: the emulator runs
 # it, the kernel does not know it. Hence these are left out:
 #   DebuggerShowDeathTest   runs each case in a process of its own.
-#   Batch, TimingsOfABatch  segment every map in a process of its own.
-set(VORUND_NOT_UNDER_EMULATION DebuggerShowDeathTest.* Batch.* TimingsOfABatch.*)
+#   Batch, TimingsOfABatch, a case of Presets  segment every map in a process of its own.
+set(VORUND_NOT_UNDER_EMULATION DebuggerShowDeathTest.* Batch.* TimingsOfABatch.*
+  Presets.AreInForceForAMapAndForABatch)
 list(JOIN VORUND_NOT_UNDER_EMULATION ":" VORUND_NOT_UNDER_EMULATION)
 file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/not_under_emulation ${VORUND_NOT_UNDER_EMULATION})
 
