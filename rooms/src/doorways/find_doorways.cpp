@@ -163,9 +163,10 @@ class CorridorOpenings {
         }
     }
 
-    /// @param closed  The level floor without the gaps of doorways, and its columns as rows.
+    /// @param closed  The level floor without the gaps of doorways, and its columns as rows; those of
+    ///                corridors are closed in it, too.
     std::vector<FoundDoorway> intoWiderSpaces(const LevelFloor& level,
-                                              std::array<cv::Mat, 2> closed) const {
+                                              std::array<cv::Mat, 2>& closed) const {
         close(closed);
         std::vector<FoundDoorway> openings;
         for (const std::size_t upright : {0U, 1U}) {
